@@ -1,0 +1,19 @@
+# Compiler options of every target.
+add_compile_options(
+  -Wall -Wextra -Wshadow -Wformat=2 -Wcast-align -Wnon-virtual-dtor -Wimplicit-fallthrough -Wundef
+  -Wvla)
+if(KVT_WERROR)
+  add_compile_options(-Werror)
+endif()
+if(KVT_SANITIZE)
+  add_compile_options(-fsanitize=${KVT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KVT_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)
+
+# The simulated phone's libraries find one another, and kvt finds them, by RUNPATH: a platform put
+# in front with LD_LIBRARY_PATH or LD_PRELOAD wins.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH OFF)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+add_link_options(LINKER:--enable-new-dtags)

@@ -1,0 +1,61 @@
+#include "ravex_log.h"
+
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+
+#include "android_log.h"
+
+std::FILE* g_ravex_log_mirror = nullptr;
+
+namespace {
+
+constexpr size_t line_size = 512;
+
+} // namespace
+
+long ravex_log_format_log_msg(char* out, int size, const char* fmt, ...) {
+    if (out == nullptr || size < 1)
+        return static_cast<long>(reinterpret_cast<intptr_t>(out));
+    va_list args;
+    va_start(args, fmt);
+    const int length = std::vsnprintf(out, static_cast<size_t>(size), fmt, args);
+    va_end(args);
+    return length;
+}
+
+void ravex_log_msg_to_adb(int level, const char* text) {
+    int priority = 0;
+    switch (level) {
+    case RAVEX_LOG_DEFAULT:
+    case 16:
+        priority = ANDROID_LOG_INFO;
+        break;
+    case RAVEX_LOG_DEBUG:
+        priority = ANDROID_LOG_DEBUG;
+        break;
+    case RAVEX_LOG_ERROR:
+    case 5:
+        priority = ANDROID_LOG_ERROR;
+        break;
+    default:
+        break;
+    }
+    if (priority != 0)
+        __android_log_print(priority, "RAVEX", "%s", text);
+    if (g_ravex_log_mirror != nullptr)
+        std::fprintf(g_ravex_log_mirror, "%s\n", text);
+}
+
+void ravex_log_line(int level, const char* function, const char* fmt, ...) {
+    /* Name and text are formatted one after the other into one line: no template is built, so a
+     * text that fills the line can't cut a conversion in two. */
+    char line[line_size];
+    ravex_log_format_log_msg(line, sizeof line, "%s: ", function);
+    const size_t used = std::strlen(line);
+    va_list args;
+    va_start(args, fmt);
+    std::vsnprintf(line + used, sizeof line - used, fmt, args);
+    va_end(args);
+    ravex_log_msg_to_adb(level, line);
+}

@@ -1,0 +1,2 @@
+/* The modem API. */
+#pragma once

@@ -1,0 +1,385 @@
+#include "orvik_extend_nvefs.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <mutex>
+
+#include "log_lines.h"
+#include "orvik_extend_cmn.h"
+#include "orvik_extend_idl.h"
+
+namespace {
+
+/* The payload of a request: 512 bytes, little-endian as both processors are; unused bytes are zero.
+ */
+struct nvefs_request {
+    uint8_t op;
+    uint8_t sub_id;
+    uint16_t nv_id; /* of an EFS write the instance id */
+    uint8_t path_len;
+    uint8_t path[71];
+    uint32_t data_len_all;  /* NV write: data length; EFS write: total length */
+    uint32_t data_len_send; /* EFS write: bytes in this chunk */
+    uint32_t data_len_cur;  /* EFS read and write: offset of this chunk */
+    uint8_t data[424];
+};
+static_assert(sizeof(nvefs_request) == ORVIK_EXTEND_DATA_SIZE);
+static_assert(offsetof(nvefs_request, path) == 5);
+static_assert(offsetof(nvefs_request, data_len_all) == 76);
+static_assert(offsetof(nvefs_request, data) == 88);
+
+enum : uint8_t {
+    op_nv_read = 1,
+    op_nv_write,
+    op_nv_delete,
+    op_efs_read,
+    op_efs_write,
+    op_efs_delete
+};
+
+struct nvefs_response {
+    uint32_t spare;
+    uint32_t data_len_all;  /* length of the item or file */
+    uint32_t data_len_send; /* bytes of data in this response */
+    uint32_t spare2;
+    int32_t result; /* 0 success; of an EFS write the instance id, when not negative */
+    uint8_t data[424];
+};
+static_assert(sizeof(nvefs_response) == 444);
+static_assert(offsetof(nvefs_response, result) == 16);
+static_assert(offsetof(nvefs_response, data) == 20);
+
+constexpr uint32_t subscriptions = 2;
+constexpr uint16_t new_instance = 255;
+constexpr uint32_t write_chunk = 414;
+constexpr uint32_t read_stop = 102409; /* no further pass once more than this was received */
+constexpr uint32_t max_passes = 300;
+constexpr size_t path_buffer_size = 72;
+
+std::mutex g_nv_mutex;
+std::mutex g_efs_mutex;
+
+/* Bytes of data that a response of rsp_len bytes really holds; its own lengths are not believed. */
+uint32_t data_held(uint32_t rsp_len) {
+    const uint32_t head = offsetof(nvefs_response, data);
+    return rsp_len > head ? rsp_len - head : 0;
+}
+
+/* One exchange with a cleared response, its result mapped. rsp_len: in the capacity, out the bytes
+ * that arrived. */
+int32_t send(const nvefs_request& request, nvefs_response& response, uint32_t& rsp_len) {
+    uint8_t payload[sizeof request];
+    std::memcpy(payload, &request, sizeof payload);
+    response = {};
+    return orvik_qmi_result_map(
+        orvik_extend_qmi_send_sync(REQUEST_ID_EFS, payload, sizeof payload, &response, &rsp_len));
+}
+
+/* The path as text, cut to the buffer, and as the request carries it. */
+struct path_text {
+    char value[path_buffer_size] = {};
+
+    path_text(nvefs_request& request, const char* efs_path, uint32_t path_len) {
+        const size_t length = std::min<size_t>(path_len, sizeof request.path);
+        std::memcpy(value, efs_path, length);
+        request.path_len = static_cast<uint8_t>(path_len);
+        std::memcpy(request.path, efs_path, length);
+    }
+};
+
+} // namespace
+
+int32_t orvik_qmi_result_map(int32_t result) {
+    const int32_t mapped = result >= -3 && result <= -1 ? result - 100 : result;
+    ORVIK_DBG("orvik_qmi_result_map, old_result %d, new_result %d", result, mapped);
+    return mapped;
+}
+
+/* ==== checks and exchanges, logged under the function that asks ==== */
+
+namespace {
+
+int32_t check_sub(const char* function, uint32_t sub_id) {
+    if (sub_id < subscriptions)
+        return 0;
+    ORVIK_DBG_IN(function, "sub invalid");
+    return ORVIK_NVEFS_SUB_INVALID;
+}
+
+int32_t check_item(const char* function, uint32_t sub_id, uint32_t nv_id) {
+    if (const int32_t failed = check_sub(function, sub_id))
+        return failed;
+    if (nv_id <= ORVIK_NV_ID_MAX)
+        return 0;
+    ORVIK_DBG_IN(function, "nv_id is out range(%d)", ORVIK_NV_ID_MAX);
+    return ORVIK_NVEFS_NV_ID_INVALID;
+}
+
+int32_t check_file(const char* function, uint32_t sub_id, const char* efs_path, uint32_t path_len,
+                   uint32_t path_max) {
+    if (const int32_t failed = check_sub(function, sub_id))
+        return failed;
+    if (efs_path == nullptr) {
+        ORVIK_DBG_IN(function, "efs_path is null");
+        return ORVIK_NVEFS_PATH_NULL;
+    }
+    if (path_len >= 1 && path_len <= path_max)
+        return 0;
+    ORVIK_DBG_IN(function, "len invalid");
+    return ORVIK_NVEFS_PATH_LEN_INVALID;
+}
+
+int32_t check_buf(const char* function, const void* buf) {
+    if (buf != nullptr)
+        return 0;
+    ORVIK_DBG_IN(function, "buf is null");
+    return ORVIK_NVEFS_BUF_NULL;
+}
+
+int32_t check_read_buf(const char* function, const void* buf, const uint32_t* buf_len) {
+    if (const int32_t failed = check_buf(function, buf))
+        return failed;
+    if (buf_len == nullptr) {
+        ORVIK_DBG_IN(function, "p_buf_len is null");
+        return ORVIK_NVEFS_BUF_LEN_INVALID;
+    }
+    ORVIK_DBG_IN(function, "buf_len: %d", *buf_len);
+    if (*buf_len > 0)
+        return 0;
+    ORVIK_DBG_IN(function, "buf_len is invalid");
+    return ORVIK_NVEFS_BUF_LEN_INVALID;
+}
+
+int32_t check_write_buf(const char* function, const void* buf, uint32_t len, uint32_t max) {
+    if (const int32_t failed = check_buf(function, buf))
+        return failed;
+    if (len >= 1 && len <= max)
+        return 0;
+    ORVIK_DBG_IN(function, "buf_len is invalid");
+    return ORVIK_NVEFS_BUF_LEN_INVALID;
+}
+
+/* The exchange of the three NV functions: the send's failure or the service's result. */
+int32_t send_nv(const char* function, const nvefs_request& request, nvefs_response& response,
+                uint32_t& rsp_len) {
+    rsp_len = sizeof response;
+    const int32_t result = send(request, response, rsp_len);
+    ORVIK_DBG_IN(function, "result = %d, rsp.result = %d", result, response.result);
+    if (result != 0) {
+        ORVIK_DBG_IN(function, "orvik_extend_qmi_send_sync fail");
+        return result;
+    }
+    if (response.result != 0)
+        ORVIK_DBG_IN(function, "qmi response fail");
+    return response.result;
+}
+
+} // namespace
+
+/* ==== NV items ==== */
+
+int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_nv_mutex);
+    ORVIK_DBG("orvik_nv_read, sub_id %d, nv_id: %d", sub_id, nv_id);
+    if (const int32_t failed = check_item(__func__, sub_id, nv_id))
+        return failed;
+    if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    uint32_t rsp_len = 0;
+    request.op = op_nv_read;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = static_cast<uint16_t>(nv_id);
+    if (const int32_t failed = send_nv(__func__, request, response, rsp_len))
+        return failed;
+    ORVIK_DBG("rsp.data_len_all = %d", response.data_len_all);
+    const uint32_t length = std::min(response.data_len_all, data_held(rsp_len));
+    if (length == 0) {
+        ORVIK_DBG("rsp.data_len_all is invalid");
+        return ORVIK_NVEFS_BUF_LEN_INVALID;
+    }
+    *buf_len = std::min(*buf_len, length);
+    std::memcpy(buf, response.data, *buf_len);
+    return 0;
+}
+
+int32_t orvik_nv_write_ex(uint32_t sub_id, uint32_t nv_id, const uint8_t* buf, uint32_t len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_nv_mutex);
+    ORVIK_DBG("orvik_nv_write, sub_id %d, nv_id: %d, buf_len: %d", sub_id, nv_id, len);
+    if (const int32_t failed = check_item(__func__, sub_id, nv_id))
+        return failed;
+    if (const int32_t failed = check_write_buf(__func__, buf, len, ORVIK_NV_DATA_MAX))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    uint32_t rsp_len = 0;
+    request.op = op_nv_write;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = static_cast<uint16_t>(nv_id);
+    request.data_len_all = len;
+    std::memcpy(request.data, buf, len);
+    return send_nv(__func__, request, response, rsp_len);
+}
+
+int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_nv_mutex);
+    ORVIK_DBG("orvik_nv_delete, sub_id %d, nv_id: %d", sub_id, nv_id);
+    if (const int32_t failed = check_item(__func__, sub_id, nv_id))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    uint32_t rsp_len = 0;
+    request.op = op_nv_delete;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = static_cast<uint16_t>(nv_id);
+    return send_nv(__func__, request, response, rsp_len);
+}
+
+/* ==== EFS files ==== */
+
+int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len, uint8_t* buf,
+                       uint32_t* buf_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_efs_mutex);
+    ORVIK_DBG("orvik_efs_read, sub_id %d, path_len: %d", sub_id, path_len);
+    if (const int32_t failed =
+            check_file(__func__, sub_id, efs_path, path_len, ORVIK_EFS_READ_PATH_MAX))
+        return failed;
+    if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    request.op = op_efs_read;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    const path_text path(request, efs_path, path_len);
+    ORVIK_DBG("path_value: %s", path.value);
+
+    const uint32_t capacity = *buf_len;
+    uint32_t received = 0;
+    /* Set once: each later pass may receive at most as much as the previous response held. */
+    uint32_t rsp_len = sizeof response;
+    for (uint32_t pass = 0; pass < max_passes; ++pass) {
+        const uint32_t offset = received;
+        request.data_len_cur = offset;
+        const int32_t result = send(request, response, rsp_len);
+        ORVIK_DBG("result = %d, rsp.result = %d", result, response.result);
+        if (result != 0) {
+            ORVIK_DBG("orvik_extend_qmi_send_sync fail, ABORT");
+            return result;
+        }
+        if (response.result != 0) {
+            ORVIK_DBG("qmi response fail");
+            return response.result;
+        }
+        const uint32_t chunk = std::min(response.data_len_send, data_held(rsp_len));
+        received += chunk;
+        ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, read_count = %d, "
+                  "data_len_cur = %d",
+                  response.data_len_all, chunk, received, pass + 1, offset);
+        if (chunk == 0) {
+            ORVIK_DBG("abort, data_len_send <= 0");
+            return ORVIK_NVEFS_BUF_LEN_INVALID;
+        }
+        if (received >= capacity) {
+            *buf_len = capacity;
+            if (capacity > offset) {
+                std::memcpy(buf + offset, response.data, capacity - offset);
+                ORVIK_DBG("abort, buf_len <= data_len_recv");
+            } else {
+                ORVIK_DBG("errro, abort, buf_len <= req.data_len_cur");
+            }
+            return 0;
+        }
+        std::memcpy(buf + offset, response.data, chunk);
+        *buf_len = received;
+        if (received >= response.data_len_all || received > read_stop)
+            return 0;
+    }
+    return 0;
+}
+
+int32_t orvik_efs_write(uint32_t sub_id, const char* efs_path, uint32_t path_len,
+                        const uint8_t* buf, uint32_t buf_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_efs_mutex);
+    ORVIK_DBG("orvik_efs_write, sub_id %d, path_len: %d, buf_len: %d", sub_id, path_len, buf_len);
+    if (const int32_t failed =
+            check_file(__func__, sub_id, efs_path, path_len, ORVIK_EFS_WRITE_PATH_MAX))
+        return failed;
+    if (const int32_t failed = check_write_buf(__func__, buf, buf_len, ORVIK_EFS_FILE_MAX))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    request.op = op_efs_write;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = new_instance;
+    const path_text path(request, efs_path, path_len);
+    ORVIK_DBG("path_value: %s", path.value);
+    request.data_len_all = buf_len;
+
+    uint32_t sent = 0;
+    for (uint32_t pass = 0; pass < max_passes && sent < buf_len; ++pass) {
+        const uint32_t left = buf_len - sent;
+        ORVIK_DBG("left_num(%d)", left);
+        const uint32_t chunk = std::min(left, write_chunk);
+        ORVIK_DBG("send_num(%d)", chunk);
+        request.data_len_cur = sent;
+        request.data_len_send = chunk;
+        std::memset(request.data, 0, sizeof request.data);
+        std::memcpy(request.data, buf + sent, chunk);
+        uint32_t rsp_len = sizeof response;
+        const int32_t result = send(request, response, rsp_len);
+        ORVIK_DBG("result = %d, rsp.result[>=0 is instance id] = %d", result, response.result);
+        if (result != 0) {
+            ORVIK_DBG("orvik_extend_qmi_send_sync fail");
+            return result;
+        }
+        if (response.result < 0) {
+            ORVIK_DBG("qmi response fail");
+            return response.result;
+        }
+        sent += chunk;
+        request.nv_id = static_cast<uint16_t>(response.result);
+        ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, send_count = %d, "
+                  "data_len_cur = %d",
+                  buf_len, chunk, sent, pass + 1, request.data_len_cur);
+    }
+    return 0;
+}
+
+int32_t orvik_efs_delete(uint32_t sub_id, const char* efs_path, uint32_t path_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_efs_mutex);
+    ORVIK_DBG("orvik_efs_delete, sub_id %d, path_len: %d", sub_id, path_len);
+    if (const int32_t failed =
+            check_file(__func__, sub_id, efs_path, path_len, ORVIK_EFS_WRITE_PATH_MAX))
+        return failed;
+
+    nvefs_request request{};
+    nvefs_response response{};
+    request.op = op_efs_delete;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    const path_text path(request, efs_path, path_len);
+    ORVIK_DBG("path_value: %s", path.value);
+    uint32_t rsp_len = sizeof response;
+    const int32_t result = send(request, response, rsp_len);
+    if (result != 0) {
+        ORVIK_DBG("orvik_extend_qmi_send_sync fail");
+        return result;
+    }
+    if (response.result != 0) {
+        ORVIK_DBG("qmi response fail");
+        return response.result;
+    }
+    return 0;
+}

@@ -1,0 +1,21 @@
+/* Reader-writer lock of the platform (libqcrilNrQtiMutex). No public header of it is known: the
+ * storage is generous and aligned for anything, and constructor and destructor are weak references,
+ * so that a program which only holds one starts where the phone's class differs. */
+#pragma once
+
+#include <stddef.h>
+
+namespace qtimutex {
+
+class QtiSharedMutex {
+  public:
+    __attribute__((weak)) QtiSharedMutex();
+    __attribute__((weak)) ~QtiSharedMutex();
+    QtiSharedMutex(const QtiSharedMutex&) = delete;
+    QtiSharedMutex& operator=(const QtiSharedMutex&) = delete;
+
+  private:
+    alignas(max_align_t) unsigned char storage_[512];
+};
+
+} // namespace qtimutex

@@ -1,0 +1,44 @@
+/* Android properties: one text file each, prop/NAME. */
+#include "cutils_properties.h"
+
+#include <cstring>
+#include <filesystem>
+
+#include "phone/faults.h"
+#include "phone/phone.h"
+
+namespace {
+
+std::filesystem::path property_file(const char* key) {
+    return std::filesystem::path("prop") / std::filesystem::path(key).filename();
+}
+
+/* The file's text up to the first newline, blanks and all. */
+std::string stored(const char* key) {
+    const std::optional<simphone::Bytes> bytes = simphone::read_file(property_file(key));
+    if (!bytes)
+        return "";
+    const std::string text(bytes->begin(), bytes->end());
+    return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+int property_get(const char* key, char* value, const char* default_value) {
+    const std::optional<simphone::Fault> fault = simphone::platform_call("property_get", key);
+    std::string text = fault ? fault->argument : stored(key);
+    if (text.empty() && default_value != nullptr)
+        text = default_value;
+    text.resize(std::min<size_t>(text.size(), PROPERTY_VALUE_MAX - 1));
+    std::memcpy(value, text.c_str(), text.size() + 1);
+    return static_cast<int>(text.size());
+}
+
+int property_set(const char* key, const char* value) {
+    if (simphone::platform_call("property_set", key))
+        return -1;
+    const std::string text = value != nullptr ? value : "";
+    if (text.size() >= PROPERTY_VALUE_MAX)
+        return -1;
+    return simphone::write_text(property_file(key), text) == 0 ? 0 : -1;
+}

@@ -1,0 +1,9 @@
+#include "qti_shared_mutex.h"
+
+namespace qtimutex {
+
+/* Nobody locks it here, so it holds nothing. */
+QtiSharedMutex::QtiSharedMutex() : storage_{} {}
+QtiSharedMutex::~QtiSharedMutex() = default;
+
+} // namespace qtimutex

@@ -1,0 +1,205 @@
+#include "framework.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+#include "phone/phone.h"
+
+namespace simphone {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/* How often the framework's thread looks at the phone's directory. */
+constexpr auto look_interval = std::chrono::milliseconds(10);
+
+/* An indication that waits in the phone's directory: ind/SERVICE.0xID or ind/SERVICE.0xID.ANYTHING,
+ * its TLVs as bytes. */
+struct Waiting {
+    std::string service;
+    uint32_t msg_id;
+    Bytes tlvs;
+};
+
+std::vector<Waiting> take_indications(const std::vector<std::string>& services) {
+    std::vector<Waiting> taken;
+    const Lock lock;
+    std::vector<fs::path> names;
+    std::error_code error;
+    for (fs::directory_iterator it(root() / "ind", error), end; !error && it != end;
+         it.increment(error))
+        names.push_back(it->path().filename());
+    std::sort(names.begin(), names.end());
+    for (const fs::path& name : names) {
+        const std::string text = name.string();
+        const size_t dot = text.find('.');
+        if (dot == std::string::npos ||
+            std::find(services.begin(), services.end(), text.substr(0, dot)) == services.end())
+            continue;
+        const std::optional<Bytes> tlvs = read_file(fs::path("ind") / name);
+        if (!tlvs || remove_file(fs::path("ind") / name) != 0)
+            continue;
+        const auto id =
+            static_cast<uint32_t>(std::strtoul(text.substr(dot + 1).c_str(), nullptr, 0));
+        taken.push_back({text.substr(0, dot), id, *tlvs});
+    }
+    return taken;
+}
+
+} // namespace
+
+bool indications_wait() {
+    std::error_code error;
+    const fs::directory_iterator it(root() / "ind", error);
+    return !error && it != fs::directory_iterator();
+}
+
+Framework& Framework::instance() {
+    static Framework& framework = *new Framework;
+    return framework;
+}
+
+qmi_client_type Framework::add(const std::shared_ptr<Client>& client) {
+    const std::lock_guard guard(mutex_);
+    client->handle = reinterpret_cast<qmi_client_type>(++last_handle_);
+    clients_[last_handle_] = client;
+    if (client->ind_cb != nullptr || client->notifier)
+        start_thread();
+    return client->handle;
+}
+
+std::shared_ptr<Client> Framework::find(qmi_client_type handle) {
+    const std::lock_guard guard(mutex_);
+    const auto it = clients_.find(reinterpret_cast<uintptr_t>(handle));
+    return it == clients_.end() ? nullptr : it->second;
+}
+
+bool Framework::remove(qmi_client_type handle) {
+    const std::lock_guard guard(mutex_);
+    return clients_.erase(reinterpret_cast<uintptr_t>(handle)) == 1;
+}
+
+bool Framework::change(qmi_client_type handle, const std::function<void(Client&)>& change) {
+    const std::lock_guard guard(mutex_);
+    const auto it = clients_.find(reinterpret_cast<uintptr_t>(handle));
+    if (it == clients_.end())
+        return false;
+    change(*it->second);
+    start_thread();
+    return true;
+}
+
+void Framework::start_thread() {
+    if (started_)
+        return;
+    started_ = true;
+    std::thread([this] { run(); }).detach();
+}
+
+void Framework::run() {
+    std::unique_lock lock(mutex_);
+    thread_id_ = std::this_thread::get_id();
+    for (;;) {
+        const uint64_t asked = asked_;
+        lock.unlock();
+        look();
+        lock.lock();
+        rounds_ = asked;
+        done_.notify_all();
+        wake_.wait_for(lock, look_interval, [&] { return asked_ != rounds_; });
+    }
+}
+
+void Framework::deliver_waiting() {
+    std::unique_lock lock(mutex_);
+    if (!started_ || thread_id_ == std::this_thread::get_id())
+        return;
+    const uint64_t mine = ++asked_;
+    wake_.notify_all();
+    /* Bounded: a callback may itself wait for the caller. */
+    done_.wait_for(lock, std::chrono::seconds(1), [&] { return rounds_ >= mine; });
+}
+
+std::vector<std::shared_ptr<Client>> Framework::snapshot() {
+    const std::lock_guard guard(mutex_);
+    std::vector<std::shared_ptr<Client>> all;
+    for (const auto& [number, client] : clients_)
+        all.push_back(client);
+    return all;
+}
+
+void Framework::look() {
+    tell_restart();
+    tell_services();
+    tell_indications();
+}
+
+void Framework::tell_restart() {
+    const uint32_t restarts = restart_count();
+    for (const std::shared_ptr<Client>& client : snapshot()) {
+        qmi_client_error_cb cb = nullptr;
+        void* data = nullptr;
+        {
+            const std::lock_guard guard(mutex_);
+            if (client->notifier || client->told_gone || client->born == restarts ||
+                client->error_cb == nullptr)
+                continue;
+            client->told_gone = true;
+            cb = client->error_cb;
+            data = client->error_cb_data;
+        }
+        cb(client->handle, QMI_SERVICE_ERR, data);
+    }
+}
+
+void Framework::tell_services() {
+    for (const std::shared_ptr<Client>& client : snapshot()) {
+        if (!client->notifier)
+            continue;
+        const bool up = service_up(client->service->service_id);
+        qmi_client_notify_cb cb = nullptr;
+        void* data = nullptr;
+        {
+            const std::lock_guard guard(mutex_);
+            /* Released in the meantime: its OS parameters may be gone. */
+            if (clients_.count(reinterpret_cast<uintptr_t>(client->handle)) == 0)
+                continue;
+            if (up && client->os_params != nullptr) {
+                pthread_mutex_lock(&client->os_params->mutex);
+                client->os_params->sig_set = 1;
+                pthread_cond_broadcast(&client->os_params->cond);
+                pthread_mutex_unlock(&client->os_params->mutex);
+            }
+            if (client->notify_cb == nullptr || up == client->told_up)
+                continue;
+            client->told_up = up;
+            cb = client->notify_cb;
+            data = client->notify_cb_data;
+        }
+        cb(client->handle, client->service,
+           up ? QMI_CLIENT_SERVICE_COUNT_INC : QMI_CLIENT_SERVICE_COUNT_DEC, data);
+    }
+}
+
+void Framework::tell_indications() {
+    if (!indications_wait())
+        return;
+    const std::vector<std::shared_ptr<Client>> all = snapshot();
+    std::vector<std::string> listening;
+    for (const std::shared_ptr<Client>& client : all)
+        if (client->ind_cb != nullptr)
+            listening.push_back(service_name(client->service->service_id));
+    for (Waiting& indication : take_indications(listening)) {
+        log_line("qmi", "ind " + indication.service + " " + to_hex(indication.tlvs));
+        for (const std::shared_ptr<Client>& client : all)
+            if (client->ind_cb != nullptr &&
+                service_name(client->service->service_id) == indication.service)
+                client->ind_cb(client->handle, indication.msg_id, indication.tlvs.data(),
+                               static_cast<unsigned>(indication.tlvs.size()), client->ind_cb_data);
+    }
+}
+
+} // namespace simphone

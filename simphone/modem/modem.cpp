@@ -1,0 +1,102 @@
+#include "modem/modem.h"
+
+#include <cstdio>
+#include <sstream>
+
+#include "phone/phone.h"
+
+namespace simphone {
+
+namespace {
+
+/* A service that is there and knows no message. */
+class EmptyService : public Service {
+  public:
+    Bytes handle(uint16_t, const TlvReader&) override {
+        return TlvWriter().result(QMI_ERR_INVALID_QMI_CMD).take();
+    }
+};
+
+std::unique_ptr<Service> make_empty_service() {
+    return std::make_unique<EmptyService>();
+}
+
+struct ServiceRow {
+    uint32_t id;
+    const char* name;
+    std::unique_ptr<Service> (*make)();
+};
+
+constexpr ServiceRow services[] = {
+    {service_vendor, "vendor", make_vendor_service}, {service_uim, "uim", make_empty_service},
+    {service_sar, "sar", make_empty_service},        {service_nas, "nas", make_empty_service},
+    {service_vs, "vs", make_empty_service},
+};
+
+const ServiceRow* find_service(uint32_t id) {
+    for (const ServiceRow& row : services)
+        if (row.id == id)
+            return &row;
+    return nullptr;
+}
+
+constexpr const char* all_services = "vendor uim sar nas vs";
+
+/* The file "restart": how many there were, and when the services are back (milliseconds). */
+struct Restart {
+    uint32_t count = 0;
+    int64_t until = 0;
+};
+
+Restart read_restart() {
+    Restart restart;
+    if (const std::optional<Bytes> bytes = read_file("restart"))
+        std::istringstream(std::string(bytes->begin(), bytes->end())) >> restart.count >>
+            restart.until;
+    return restart;
+}
+
+constexpr long default_restart_ms = 500;
+
+} // namespace
+
+std::string service_name(uint32_t service_id) {
+    if (const ServiceRow* row = find_service(service_id))
+        return row->name;
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%X", service_id);
+    return text;
+}
+
+bool service_up(uint32_t service_id) {
+    const ServiceRow* row = find_service(service_id);
+    if (row == nullptr || !usable())
+        return false;
+    if (const int64_t left = read_restart().until - now_ms();
+        left > 0 && left <= setting_number("restart_ms", default_restart_ms))
+        return false;
+    std::istringstream names(setting("services", all_services));
+    for (std::string name; names >> name;)
+        if (name == row->name)
+            return true;
+    return false;
+}
+
+std::unique_ptr<Service> make_service(uint32_t service_id) {
+    const ServiceRow* row = find_service(service_id);
+    return row != nullptr ? row->make() : nullptr;
+}
+
+void restart_modem() {
+    const Lock lock;
+    const int64_t back = now_ms() + setting_number("restart_ms", default_restart_ms);
+    const uint32_t count = read_restart().count + 1;
+    write_text("restart", std::to_string(count) + " " + std::to_string(back));
+    log_line("modem", "restart " + std::to_string(count));
+}
+
+uint32_t restart_count() {
+    return read_restart().count;
+}
+
+} // namespace simphone

@@ -1,0 +1,50 @@
+/* The phone's directory: everything the simulated phone knows lies there as plain files.
+ *
+ * KVT_PHONE names it; otherwise it is kvt/phone under $XDG_STATE_HOME (~/.local/state). It is made,
+ * with what a fresh phone holds, at first use. Names below are relative to it. Changes are atomic
+ * (written aside, then renamed) and serialised between processes and threads by Lock. */
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "phone/bytes.h"
+
+namespace simphone {
+
+std::filesystem::path root();
+
+/* True when the directory is there, or could be made. A phone that is not usable answers nothing.
+ */
+bool usable();
+
+/* Holds the phone for this thread; may be nested. Where the phone can't be written it holds
+ * nothing. */
+class Lock {
+  public:
+    Lock();
+    ~Lock();
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+};
+
+std::optional<Bytes> read_file(const std::filesystem::path& name);
+
+/* Returns 0 or an errno value; what was there before stays when it fails. */
+int write_file(const std::filesystem::path& name, ByteView bytes);
+int write_text(const std::filesystem::path& name, const std::string& text);
+int remove_file(const std::filesystem::path& name);
+
+/* A setting: the file's text without blanks around it. A missing file is made with the default. */
+std::string setting(const std::filesystem::path& name, const std::string& default_text);
+long setting_number(const std::filesystem::path& name, long default_value);
+
+/* Milliseconds since the epoch: what state files count time in. */
+int64_t now_ms();
+
+/* Appends one line, "TIME PID KIND TEXT", to the file log; a newline within the text is shown as
+ * \n. A log that has grown over 8 MiB is moved to log.1 first. */
+void log_line(const std::string& kind, std::string text);
+
+} // namespace simphone

@@ -1,0 +1,67 @@
+/* A phone of its own for each test, and what a test asks of it. */
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+class PhoneTest : public testing::Test {
+  protected:
+    PhoneTest() {
+        std::string name = testing::TempDir() + "kvt-phone-XXXXXX";
+        if (::mkdtemp(name.data()) == nullptr)
+            std::abort();
+        dir_ = name;
+        ::setenv("KVT_PHONE", (dir_ / "phone").c_str(), 1);
+    }
+    ~PhoneTest() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(dir_, ignored);
+    }
+
+    std::filesystem::path phone() const { return dir_ / "phone"; }
+
+    void put(const std::filesystem::path& name, const std::string& bytes) {
+        std::filesystem::create_directories((phone() / name).parent_path());
+        std::ofstream(phone() / name, std::ios::binary) << bytes;
+    }
+
+    std::string get(const std::filesystem::path& name) const {
+        std::ifstream file(phone() / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    bool has(const std::filesystem::path& name) const {
+        return std::filesystem::exists(phone() / name);
+    }
+
+    /* Log lines that contain every one of the texts. */
+    int logged(std::initializer_list<std::string_view> texts) const {
+        std::ifstream file(phone() / "log");
+        int count = 0;
+        for (std::string line; std::getline(file, line);) {
+            bool all = true;
+            for (const std::string_view text : texts)
+                all = all && line.find(text) != std::string::npos;
+            count += all ? 1 : 0;
+        }
+        return count;
+    }
+
+    /* Runs action and returns what it printed on standard output. */
+    template <typename Action> static std::string printed(Action action) {
+        testing::internal::CaptureStdout();
+        action();
+        std::fflush(stdout);
+        return testing::internal::GetCapturedStdout();
+    }
+
+  private:
+    std::filesystem::path dir_;
+};

@@ -1,0 +1,153 @@
+/* Command tests. A transcript is a text file of commands and what they print:
+ *
+ *     # a comment, outside of a command's output
+ *     $ kvt 4 1 0 551
+ *     expected output, up to the next line that begins with "$ " or "# "
+ *
+ * Commands run in a shell, one after the other, in the directory of a phone made for the file; kvt
+ * is the real program. Whole outputs are compared. Source line numbers are masked: "RIL[f:123]" is
+ * written "RIL[f:#]". Output that does not end with a newline is followed by the line "\no
+ * newline".
+ * "$? N" demands another exit status than 0. In a Markdown file each block between lines
+ * "```console" and "```" is a transcript and they share one phone; only kvt's output counts there.
+ *
+ * With KVT_UPDATE_TRANSCRIPTS set, files are written anew with what the commands print now: read
+ * the difference before you believe it. */
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+    std::string output;
+    int status;
+};
+
+Result run(const std::string& command) {
+    std::FILE* const pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return {"popen failed\n", -1};
+    std::string output;
+    char buffer[4096];
+    while (const size_t n = std::fread(buffer, 1, sizeof buffer, pipe))
+        output.append(buffer, n);
+    const int status = ::pclose(pipe);
+    return {output, WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status)};
+}
+
+std::string masked(const std::string& text) {
+    static const std::regex lines(R"((RIL\[\w+|\.cpp):\d+\])");
+    static const std::regex stamps(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \d+ )");
+    return std::regex_replace(std::regex_replace(text, lines, "$1:#]"), stamps, "");
+}
+
+class TranscriptTest : public testing::Test {
+  public:
+    explicit TranscriptTest(fs::path file) : file_(std::move(file)) {}
+
+  private:
+    void SetUp() override {
+        std::string name = testing::TempDir() + "kvt-transcript-XXXXXX";
+        ASSERT_NE(::mkdtemp(name.data()), nullptr);
+        dir_ = name;
+        fs::create_directories(dir_ / "bin");
+        std::ofstream(dir_ / "bin" / "kvt")
+            << "#!/bin/sh\nexec ${KVT_EMULATOR:-} '" << KVT_PROGRAM << "' \"$@\"\n";
+        fs::permissions(dir_ / "bin" / "kvt", fs::perms::owner_all);
+        fs::remove_all(dir_ / "phone");
+        prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
+                  (dir_ / "bin").string() + "':\"$PATH\"; ";
+        run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
+        run("rm -f '" + (dir_ / "phone" / "log").string() + "'");
+        prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
+    }
+
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(dir_, ignored);
+    }
+
+    std::string check(const std::string& command, const std::string& expected, int line) {
+        const Result result = run(prefix_ + command);
+        std::string actual = masked(result.output);
+        if (!actual.empty() && actual.back() != '\n')
+            actual += "\n\\no newline\n";
+        if (result.status != 0)
+            actual += "$? " + std::to_string(result.status) + "\n";
+        if (std::getenv("KVT_UPDATE_TRANSCRIPTS") == nullptr) {
+            EXPECT_EQ(actual, expected) << file_.string() << ":" << line << ": $ " << command;
+        }
+        return actual;
+    }
+
+    void TestBody() override {
+        std::ifstream in(file_);
+        const bool markdown = file_.extension() == ".md";
+        bool active = !markdown;
+        std::string updated, command, expected;
+        int number = 0, command_line = 0;
+        const auto finish = [&] {
+            if (!command.empty())
+                updated += "$ " + command + "\n" + check(command, expected, command_line);
+            command.clear();
+            expected.clear();
+        };
+        for (std::string line; std::getline(in, line);) {
+            ++number;
+            const bool fence = markdown && line.rfind("```", 0) == 0;
+            if (fence || (active && (line.rfind("$ ", 0) == 0 || line.rfind("# ", 0) == 0))) {
+                finish();
+                if (fence)
+                    active = !active && line == "```console";
+                if (active && line.rfind("$ ", 0) == 0) {
+                    command = line.substr(2);
+                    command_line = number;
+                } else {
+                    updated += line + "\n";
+                }
+            } else if (!command.empty()) {
+                expected += line + "\n";
+            } else {
+                updated += line + "\n";
+            }
+        }
+        finish();
+        if (std::getenv("KVT_UPDATE_TRANSCRIPTS") != nullptr) {
+            in.close();
+            std::ofstream(file_) << updated;
+        }
+    }
+
+    fs::path file_;
+    fs::path dir_;
+    std::string prefix_;
+};
+
+void register_files(const fs::path& folder, const std::string& extension) {
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+        if (entry.path().extension() == extension)
+            files.push_back(entry.path());
+    for (const fs::path& file : files)
+        testing::RegisterTest("Transcript", file.stem().c_str(), nullptr, nullptr, __FILE__,
+                              __LINE__, [file] { return new TranscriptTest(file); });
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    register_files(fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    return RUN_ALL_TESTS();
+}
