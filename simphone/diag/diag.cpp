@@ -1,6 +1,4 @@
 /* The DIAG library. */
 #include "diag.h"
 
-bool Diag_LSM_Init(unsigned char*) {
-    return false;
-}
+bool Diag_LSM_Init(unsigned char*) { return false; }

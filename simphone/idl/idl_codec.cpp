@@ -58,9 +58,7 @@ uint32_t load_u32(const uint8_t* p) {
     return value;
 }
 
-void store_u32(uint8_t* p, uint32_t value) {
-    std::memcpy(p, &value, sizeof value);
-}
+void store_u32(uint8_t* p, uint32_t value) { std::memcpy(p, &value, sizeof value); }
 
 /* A value of 1, 2, 4 or 8 bytes in the structure, in the machine's own byte order. */
 uint64_t load_value(const uint8_t* p, uint32_t width) {

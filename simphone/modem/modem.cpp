@@ -17,9 +17,7 @@ class EmptyService : public Service {
     }
 };
 
-std::unique_ptr<Service> make_empty_service() {
-    return std::make_unique<EmptyService>();
-}
+std::unique_ptr<Service> make_empty_service() { return std::make_unique<EmptyService>(); }
 
 struct ServiceRow {
     uint32_t id;
@@ -95,8 +93,6 @@ void restart_modem() {
     log_line("modem", "restart " + std::to_string(count));
 }
 
-uint32_t restart_count() {
-    return read_restart().count;
-}
+uint32_t restart_count() { return read_restart().count; }
 
 } // namespace simphone

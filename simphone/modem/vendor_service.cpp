@@ -58,8 +58,6 @@ class VendorService : public Service {
 
 } // namespace
 
-std::unique_ptr<Service> make_vendor_service() {
-    return std::make_unique<VendorService>();
-}
+std::unique_ptr<Service> make_vendor_service() { return std::make_unique<VendorService>(); }
 
 } // namespace simphone

@@ -52,9 +52,7 @@ long Fault::number_or(long fallback) const {
     return argument.empty() ? fallback : std::strtol(argument.c_str(), nullptr, 0);
 }
 
-long Fault::number() const {
-    return number_or(0);
-}
+long Fault::number() const { return number_or(0); }
 
 std::optional<Fault> platform_call(const std::string& call, const std::string& what) {
     const std::string name = what.empty() ? call : call + ":" + what;

@@ -131,9 +131,7 @@ void print_row(const help_row& row) {
 
 } // namespace
 
-std::span<const help_row> help_rows() {
-    return rows;
-}
+std::span<const help_row> help_rows() { return rows; }
 
 int show_help(int group) {
     std::puts("\n=========== blew: kavit(kvt) cmd help "

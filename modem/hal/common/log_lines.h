@@ -14,9 +14,7 @@
 /* Gates most of what the tool prints. Initially 1; only the eSIM switch clears it. */
 extern std::atomic<int> g_orvik_stdout_print_flag;
 
-inline bool orvik_stdout_print_on() {
-    return g_orvik_stdout_print_flag == 1;
-}
+inline bool orvik_stdout_print_on() { return g_orvik_stdout_print_flag == 1; }
 
 /* 1 when system-log debug lines are on, else 0. Reads the property
  * "persist.vendor.radio.adb_log_ov" once per process: on only for exactly "1", the default. */

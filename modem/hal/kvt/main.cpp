@@ -8,9 +8,7 @@
 
 namespace {
 
-int not_supported(int, char**) {
-    return std::puts("Not support");
-}
+int not_supported(int, char**) { return std::puts("Not support"); }
 
 struct group_row {
     int group;

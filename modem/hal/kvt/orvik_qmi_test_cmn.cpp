@@ -158,36 +158,20 @@ int not_built_yet(const char* name) {
     return 0;
 }
 
-int orvik_cmn_diag_cmd_send(int, char**) {
-    return not_built_yet(__func__);
-}
+int orvik_cmn_diag_cmd_send(int, char**) { return not_built_yet(__func__); }
 
 /* ==== group 5: card, SAR ==== */
 
-int orvik_cmn_card_status_query(int, char**) {
-    return not_built_yet(__func__);
-}
-int orvik_cmn_card_status_get(int, char**) {
-    return not_built_yet(__func__);
-}
-int orvik_cmn_card_status_set(int, char**) {
-    return not_built_yet(__func__);
-}
-int orvik_cmn_card_type_query(int, char**) {
-    return not_built_yet(__func__);
-}
-int orvik_cmn_test_get_sar_dsi(int, char**) {
-    return not_built_yet(__func__);
-}
-int orvik_cmn_card_hotswap_test(int, char**) {
-    return not_built_yet(__func__);
-}
+int orvik_cmn_card_status_query(int, char**) { return not_built_yet(__func__); }
+int orvik_cmn_card_status_get(int, char**) { return not_built_yet(__func__); }
+int orvik_cmn_card_status_set(int, char**) { return not_built_yet(__func__); }
+int orvik_cmn_card_type_query(int, char**) { return not_built_yet(__func__); }
+int orvik_cmn_test_get_sar_dsi(int, char**) { return not_built_yet(__func__); }
+int orvik_cmn_card_hotswap_test(int, char**) { return not_built_yet(__func__); }
 
 /* ==== group 5: eSIM ==== */
 
-int orvik_cmn_esim_test(int, char**) {
-    return not_built_yet(__func__);
-}
+int orvik_cmn_esim_test(int, char**) { return not_built_yet(__func__); }
 
 /* ==== group 5 ==== */
 

@@ -20,24 +20,16 @@ constexpr size_t buffer_size = 365; /* bytes read, and data arguments stored */
 constexpr size_t write_buffer_size = ORVIK_NV_DATA_MAX;
 static_assert(write_buffer_size >= buffer_size);
 
-uint32_t sub_of(char** argv) {
-    return std::atoi(argv[3]) != 0 ? 1 : 0;
-}
-uint32_t nv_id_of(char** argv) {
-    return static_cast<uint32_t>(std::atoi(argv[4]));
-}
-uint32_t path_len_of(char** argv) {
-    return static_cast<uint32_t>(std::strlen(argv[4]));
-}
+uint32_t sub_of(char** argv) { return std::atoi(argv[3]) != 0 ? 1 : 0; }
+uint32_t nv_id_of(char** argv) { return static_cast<uint32_t>(std::atoi(argv[4])); }
+uint32_t path_len_of(char** argv) { return static_cast<uint32_t>(std::strlen(argv[4])); }
 
 int failed(int result) {
     std::puts("orvik_extend_qmi_send_sync fail, REQUEST_ID_EFS");
     return result;
 }
 
-int checked(int result) {
-    return result == 0 ? 0 : failed(result);
-}
+int checked(int result) { return result == 0 ? 0 : failed(result); }
 
 bool argc_fits(int argc) {
     if (argc == fixed_argc)
