@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 class PhoneTest : public testing::Test {
