@@ -62,15 +62,20 @@ class TranscriptTest : public testing::Test {
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
         dir_ = name;
         fs::create_directories(dir_ / "bin");
-        std::ofstream(dir_ / "bin" / "kvt")
-            << "#!/bin/sh\nexec ${KVT_EMULATOR:-} '" << KVT_PROGRAM << "' \"$@\"\n";
-        fs::permissions(dir_ / "bin" / "kvt", fs::perms::owner_all);
-        fs::remove_all(dir_ / "phone");
+        script("kvt", "exec ${KVT_EMULATOR:-} '" KVT_PROGRAM "' \"$@\"");
+        script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
+                         "LD_PRELOAD='" KVT_AT_REDIRECT "' "
+                         "ASAN_OPTIONS=verify_asan_link_order=0; exec kvt \"$@\"");
         prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
                   (dir_ / "bin").string() + "':\"$PATH\"; ";
         run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
         run("rm -f '" + (dir_ / "phone" / "log").string() + "'");
         prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
+    }
+
+    void script(const char* name, const std::string& line) {
+        std::ofstream(dir_ / "bin" / name) << "#!/bin/sh\n" << line << "\n";
+        fs::permissions(dir_ / "bin" / name, fs::perms::owner_all);
     }
 
     void TearDown() override {

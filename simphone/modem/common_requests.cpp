@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "modem/maintenance.h"
+
 namespace simphone {
 
 namespace {
@@ -21,7 +23,9 @@ struct TypedRow {
 
 /* Types that change or tell something; any other succeeds with an empty reply. */
 constexpr TypedRow typed_rows[] = {
-    {0, nullptr},
+    {31, typed_restart},
+    {35, typed_nv_sync},
+    {99, typed_full_dump},
 };
 
 Bytes typed_request(ByteView request) {
@@ -31,7 +35,7 @@ Bytes typed_request(ByteView request) {
     Bytes reply;
     int32_t result = 0;
     for (const TypedRow& row : typed_rows)
-        if (row.type == type && row.handle != nullptr)
+        if (row.type == type)
             result = row.handle(rest.first(std::min(length, rest.size())), reply);
     Bytes bytes;
     put_le(bytes, record_typed, 4);
@@ -50,14 +54,15 @@ struct RecordRow {
 };
 
 constexpr RecordRow record_rows[] = {
-    {0, nullptr},
+    {0, record_gpio_test},
+    {1, record_tx_antenna},
 };
 
 Bytes plain_request(uint32_t kind, ByteView request) {
     Bytes reply;
     int32_t result = 0;
     for (const RecordRow& row : record_rows)
-        if (row.kind == kind && row.handle != nullptr)
+        if (row.kind == kind)
             result = row.handle(request.subspan(record_head), reply);
     Bytes bytes;
     put_le(bytes, kind, 4);
