@@ -65,9 +65,13 @@ class TranscriptTest : public testing::Test {
         script("kvt", "exec ${KVT_EMULATOR:-} '" KVT_PROGRAM "' \"$@\"");
         script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
-                         "ASAN_OPTIONS=verify_asan_link_order=0; exec kvt \"$@\"");
+                         "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
         prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
-                  (dir_ / "bin").string() + "':\"$PATH\"; ";
+                  (dir_ / "bin").string() + "':\"$PATH\" ";
+        /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
+        const std::string report = "log_path=" + (dir_ / "report").string();
+        prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
+                   " TSAN_OPTIONS=atexit_sleep_ms=0:" + report + "; ";
         run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
         run("rm -f '" + (dir_ / "phone" / "log").string() + "'");
         prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
@@ -79,6 +83,12 @@ class TranscriptTest : public testing::Test {
     }
 
     void TearDown() override {
+        for (const fs::directory_entry& entry : fs::directory_iterator(dir_)) {
+            if (entry.path().filename().string().rfind("report", 0) != 0)
+                continue;
+            std::ifstream in(entry.path());
+            ADD_FAILURE() << std::string(std::istreambuf_iterator<char>(in), {});
+        }
         std::error_code ignored;
         fs::remove_all(dir_, ignored);
     }

@@ -87,7 +87,8 @@ TEST_F(VendorAccessTest, AWriteOf1000BytesIsThreeChunksUnderOneInstance) {
 
 TEST_F(VendorAccessTest, SixteenProcessesNeverSeeAMixedFile) {
     const size_t sizes[] = {1000, 30000, 70000, 102410};
-    ASSERT_EQ(write("/shared", pattern(sizes[0], 0)), 0);
+    const Buffer first = pattern(sizes[0], 0);
+    put("efs/0/shared", std::string(first.begin(), first.end())); /* no thread before the forks */
     std::vector<pid_t> children;
     for (unsigned child = 0; child < 16; ++child) {
         const pid_t pid = ::fork();
