@@ -62,7 +62,8 @@ class TranscriptTest : public testing::Test {
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
         dir_ = name;
         fs::create_directories(dir_ / "bin");
-        script("kvt", "exec ${KVT_EMULATOR:-} '" KVT_PROGRAM "' \"$@\"");
+        script("kvt", "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
+        script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
         script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
                          "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
@@ -77,6 +78,8 @@ class TranscriptTest : public testing::Test {
         prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
     }
 
+    /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment put
+     * another build in kvt's place. */
     void script(const char* name, const std::string& line) {
         std::ofstream(dir_ / "bin" / name) << "#!/bin/sh\n" << line << "\n";
         fs::permissions(dir_ / "bin" / name, fs::perms::owner_all);
