@@ -167,5 +167,6 @@ void register_files(const fs::path& folder, const std::string& extension) {
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     register_files(fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    register_files(fs::path(KVT_SOURCE_DIR) / "docs", ".md");
     return RUN_ALL_TESTS();
 }
