@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "modem/card_requests.h"
+
 namespace simphone {
 
 namespace {
@@ -20,9 +22,17 @@ struct TypedRow {
 };
 
 /* Types that change or tell something; any other succeeds with an empty reply. */
+// clang-format off
 constexpr TypedRow typed_rows[] = {
     {0, nullptr},
+    {39, card_status_query},
+    {55, card_status_get},
+    {56, card_type_query},
+    {57, card_status_set},
+    {80, card_hotswap},
+    {84, esim_switch},
 };
+// clang-format on
 
 Bytes typed_request(ByteView request) {
     const auto type = static_cast<uint32_t>(get_le(request.subspan(8), 4));
