@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "modem/card_requests.h"
 #include "modem/maintenance.h"
 
 namespace simphone {
@@ -22,11 +23,19 @@ struct TypedRow {
 };
 
 /* Types that change or tell something; any other succeeds with an empty reply. */
+// clang-format off
 constexpr TypedRow typed_rows[] = {
     {31, typed_restart},
     {35, typed_nv_sync},
+    {39, card_status_query},
+    {55, card_status_get},
+    {56, card_type_query},
+    {57, card_status_set},
+    {80, card_hotswap},
+    {84, esim_switch},
     {99, typed_full_dump},
 };
+// clang-format on
 
 Bytes typed_request(ByteView request) {
     const auto type = static_cast<uint32_t>(get_le(request.subspan(8), 4));

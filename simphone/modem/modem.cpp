@@ -26,8 +26,8 @@ struct ServiceRow {
 };
 
 constexpr ServiceRow services[] = {
-    {service_vendor, "vendor", make_vendor_service}, {service_uim, "uim", make_empty_service},
-    {service_sar, "sar", make_empty_service},        {service_nas, "nas", make_empty_service},
+    {service_vendor, "vendor", make_vendor_service}, {service_uim, "uim", make_uim_service},
+    {service_sar, "sar", make_sar_service},          {service_nas, "nas", make_empty_service},
     {service_vs, "vs", make_empty_service},
 };
 
