@@ -1,4 +1,270 @@
-/* The DIAG library. */
+/* The DIAG library's calls. Rules in the phone's file "faults" name them, the two that send with
+ * the packet's first byte (diag_callback_send_data:0x7c, diag_send_dci_async_req:0x7c).
+ *
+ * Any call: "error N" is its result (without N, and where another action makes no sense, -1, or
+ * false), "late N" delays it. Of the two that send, "late N" delays the answer; "timeout" and
+ * "restart" lose it; "empty", "short", "long" and "garbage" spoil it; "reply HEX" replaces it. What
+ * fails does nothing, except that a DCI client is always released.
+ *
+ * errno is 0 after a DCI call that succeeds and EIO after one that fails, so that a log line shows
+ * the same every time. The data signal that a client asks for is never raised: it would end a
+ * process that does not handle it. */
 #include "diag.h"
 
-bool Diag_LSM_Init(unsigned char*) { return false; }
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "answers.h"
+#include "library.h"
+#include "modem/modem.h"
+#include "phone/faults.h"
+#include "phone/phone.h"
+
+using namespace simphone;
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr int failure = -1;
+
+/* What a call that no fault stopped returns, or the fault's result. */
+template <typename Call> int callback_call(const char* name, Call call) {
+    const std::optional<Fault> fault = platform_call(name);
+    if (fault && fault->kind == Fault::Kind::late)
+        std::this_thread::sleep_for(milliseconds(fault->number()));
+    else if (fault)
+        return static_cast<int>(fault->number_or(failure));
+    return call() ? 0 : failure;
+}
+
+int dci_result(int result) {
+    errno = result == DIAG_DCI_NO_ERROR ? 0 : EIO;
+    return result;
+}
+
+template <typename Call> int dci_call(const char* name, Call call) {
+    const int result = callback_call(name, call);
+    return dci_result(result == 0 ? DIAG_DCI_NO_ERROR : result);
+}
+
+constexpr size_t lengthy_by = 64;
+
+void spoil(const Fault& fault, Bytes& answer) {
+    switch (fault.kind) {
+    case Fault::Kind::empty:
+        answer.clear();
+        break;
+    case Fault::Kind::cut:
+        answer.resize(answer.size() / 2);
+        break;
+    case Fault::Kind::lengthy:
+        answer.resize(answer.size() + lengthy_by, 0xA5);
+        break;
+    case Fault::Kind::garbage:
+        for (size_t i = 0; i < answer.size(); ++i)
+            answer[i] = static_cast<uint8_t>(i * 167 + 13);
+        break;
+    default:
+        break;
+    }
+}
+
+bool lost(const std::optional<Fault>& fault) {
+    if (fault && fault->kind == Fault::Kind::restart)
+        restart_modem();
+    return fault && (fault->kind == Fault::Kind::timeout || fault->kind == Fault::Kind::restart);
+}
+
+/* Puts the answers to a packet on their way, each a copy of the pattern with its bytes. */
+void answer_packet(ByteView packet, const Delivery& pattern, size_t chunk,
+                   const std::optional<Fault>& fault) {
+    if (lost(fault) || setting_number("diag/silent", 0) != 0)
+        return;
+    std::vector<Bytes> answers = answers_to(packet);
+    if (fault && fault->kind == Fault::Kind::reply)
+        answers = {from_hex(fault->argument)};
+    else if (fault)
+        for (Bytes& answer : answers)
+            spoil(*fault, answer);
+
+    auto due = Library::Clock::now() + milliseconds(setting_number("diag/delay_ms", 5));
+    if (fault && fault->kind == Fault::Kind::late)
+        due += milliseconds(fault->number());
+    if (pattern.kind == Delivery::Kind::dci_response) {
+        for (const auto& [file, kind] :
+             {std::pair("diag/log_stream", Delivery::Kind::dci_log),
+              std::pair("diag/event_stream", Delivery::Kind::dci_event)}) {
+            if (const std::optional<Bytes> bytes = read_file(file)) {
+                Delivery delivery = pattern;
+                delivery.kind = kind;
+                delivery.bytes = *bytes;
+                Library::instance().deliver(due, delivery);
+            }
+        }
+    }
+    const milliseconds gap(setting_number("diag/gap_ms", 0));
+    const long repeat = setting_number("diag/repeat", 1);
+    for (const Bytes& answer : answers) {
+        for (long i = 0; i < repeat; ++i) {
+            size_t at = 0;
+            do {
+                const size_t left = answer.size() - at;
+                const size_t n = chunk == 0 ? left : std::min(chunk, left);
+                Delivery delivery = pattern;
+                delivery.bytes.assign(answer.begin() + static_cast<ptrdiff_t>(at),
+                                      answer.begin() + static_cast<ptrdiff_t>(at + n));
+                Library::instance().deliver(due, delivery);
+                due += gap;
+                at += n;
+            } while (at < answer.size());
+        }
+    }
+}
+
+size_t setting_size(const char* name, long default_value) {
+    return static_cast<size_t>(std::max(0L, setting_number(name, default_value)));
+}
+
+std::string command_name(const unsigned char* buf, int len) {
+    char text[16] = "none";
+    if (buf != nullptr && len > 0)
+        std::snprintf(text, sizeof text, "0x%02x", buf[0]);
+    return text;
+}
+
+/* The fault of a call that sends, where it makes the call itself fail. */
+bool refuses(const std::optional<Fault>& fault) {
+    return fault && (fault->kind == Fault::Kind::error || fault->kind == Fault::Kind::gone);
+}
+
+/* The packet as the modem sees it; nothing when there is none. */
+ByteView take_packet(const unsigned char* buf, int len) {
+    if (buf == nullptr || len <= 0)
+        return {};
+    const ByteView packet(buf, static_cast<size_t>(len));
+    log_line("diag", "tx " + to_hex(packet));
+    return packet;
+}
+
+} // namespace
+
+bool Diag_LSM_Init(unsigned char*) {
+    return callback_call("Diag_LSM_Init", [] {
+               Library::instance().up();
+               return usable();
+           }) == 0;
+}
+
+bool Diag_LSM_DeInit(void) {
+    return callback_call("Diag_LSM_DeInit", [] {
+               Library::instance().down();
+               return true;
+           }) == 0;
+}
+
+void diag_switch_logging(int mode, char*) {
+    callback_call("diag_switch_logging", [mode] {
+        Library::instance().set_mode(mode);
+        return true;
+    });
+}
+
+int diag_register_callback(diag_packet_cb cb, void* context) {
+    return callback_call("diag_register_callback",
+                         [=] { return Library::instance().register_callback(0, cb, context); });
+}
+
+int diag_register_remote_callback(diag_packet_cb cb, int proc, void* context) {
+    return callback_call("diag_register_remote_callback", [=] {
+        return proc > 0 && Library::instance().register_callback(proc, cb, context);
+    });
+}
+
+int diag_has_remote_device(uint16_t* remote_mask) {
+    return callback_call("diag_has_remote_device", [remote_mask] {
+        if (remote_mask == nullptr || !Library::instance().is_up())
+            return false;
+        *remote_mask = static_cast<uint16_t>(setting_number("diag/remote_mask", 0));
+        return true;
+    });
+}
+
+int diag_callback_send_data(int proc, unsigned char* buf, int len) {
+    const std::optional<Fault> fault =
+        platform_call("diag_callback_send_data", command_name(buf, len));
+    if (refuses(fault))
+        return static_cast<int>(fault->number_or(failure));
+    if (proc != 0 || !Library::instance().is_up())
+        return failure;
+    const ByteView packet = take_packet(buf, len);
+    if (packet.empty())
+        return failure;
+    const std::string from = setting("diag/from", "0");
+    Delivery pattern;
+    pattern.no_context = from == "none";
+    pattern.processor = std::atoi(from.c_str());
+    answer_packet(packet, pattern, setting_size("diag/callback_chunk", 0), fault);
+    return 0;
+}
+
+int diag_register_dci_client(int* client_id, uint16_t* peripherals, int proc, void* os_params) {
+    return dci_call("diag_register_dci_client", [=] {
+        if (client_id == nullptr || peripherals == nullptr || proc != 0 || os_params == nullptr)
+            return false;
+        *client_id = Library::instance().add_client();
+        return *client_id != 0;
+    });
+}
+
+int diag_register_dci_signal_data(int client_id, int) {
+    return dci_call("diag_register_dci_signal_data",
+                    [client_id] { return Library::instance().has_client(client_id); });
+}
+
+int diag_get_dci_support_list_proc(int proc, uint16_t* peripherals) {
+    return dci_call("diag_get_dci_support_list_proc", [=] {
+        if (proc != 0 || peripherals == nullptr || !Library::instance().is_up())
+            return false;
+        *peripherals = static_cast<uint16_t>(setting_number("diag/peripherals", DIAG_CON_MPSS));
+        return true;
+    });
+}
+
+int diag_register_dci_stream_proc(int client_id, diag_dci_stream_cb log_cb,
+                                  diag_dci_stream_cb event_cb) {
+    return dci_call("diag_register_dci_stream_proc",
+                    [=] { return Library::instance().set_streams(client_id, log_cb, event_cb); });
+}
+
+int diag_send_dci_async_req(int client_id, unsigned char buf[], int len, unsigned char* rsp,
+                            int rsp_len, diag_dci_response_cb cb, void* context) {
+    const std::optional<Fault> fault =
+        platform_call("diag_send_dci_async_req", command_name(buf, len));
+    if (refuses(fault))
+        return dci_result(static_cast<int>(fault->number_or(failure)));
+    if (!Library::instance().has_client(client_id) || rsp == nullptr || rsp_len <= 0)
+        return dci_result(failure);
+    const ByteView packet = take_packet(buf, len);
+    if (packet.empty())
+        return dci_result(failure);
+    Delivery pattern;
+    pattern.kind = Delivery::Kind::dci_response;
+    pattern.client = client_id;
+    pattern.response = cb;
+    pattern.response_context = context;
+    pattern.area = rsp;
+    pattern.area_size = static_cast<size_t>(rsp_len);
+    answer_packet(packet, pattern, setting_size("diag/dci_chunk", 4096), fault);
+    return dci_result(DIAG_DCI_NO_ERROR);
+}
+
+int diag_release_dci_client(int* client_id) {
+    const bool known = client_id != nullptr && Library::instance().remove_client(*client_id);
+    return dci_call("diag_release_dci_client", [known] { return known; });
+}

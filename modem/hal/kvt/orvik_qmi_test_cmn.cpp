@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -15,6 +16,7 @@
 #include "help.h"
 #include "log_lines.h"
 #include "notes.h"
+#include "orvik_diag_send.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
 #include "orvik_extend_nvefs.h"
@@ -164,7 +166,76 @@ int not_built_yet(const char* name) {
     return 0;
 }
 
-int orvik_cmn_diag_cmd_send(int, char**) { return not_built_yet(__func__); }
+constexpr int diag_first_byte = 6;
+constexpr size_t diag_command_size = 4096;
+constexpr uint32_t diag_response_size = 10240;
+
+/* Much longer than a worker needs; only a library that hangs comes near it. */
+constexpr uint32_t diag_worker_time_ms = 10000;
+
+int orvik_cmn_diag_cmd_send(int argc, char** argv) {
+    ORVIK_FUNCTION_SCOPE();
+    const bool print = orvik_stdout_print_on();
+    const auto print_line = [print](const char* text) {
+        if (print)
+            std::puts(text);
+    };
+    if (argc <= diag_first_byte) {
+        print_line(NOTE_TOO_FEW_INPUTS);
+        return 0;
+    }
+    const bool dci = std::atoi(argv[3]) != 0;
+    const bool with_result = std::atoi(argv[4]) == 0;
+    const auto time_out = static_cast<uint32_t>(std::atoi(argv[5]));
+
+    print_line("diag cmd:");
+    /* The engine is told how many bytes were typed, kept or not; it refuses what is too long. */
+    const auto typed = static_cast<uint32_t>(argc - diag_first_byte);
+    std::array<uint8_t, diag_command_size> command{};
+    const size_t count = std::min<size_t>(typed, command.size());
+    for (size_t i = 0; i < count; ++i) {
+        command[i] = static_cast<uint8_t>(orvik_string_to_int(argv[diag_first_byte + i]));
+        if (print)
+            std::printf("0x%02X ", command[i]);
+    }
+    print_line("");
+
+    std::array<uint8_t, diag_response_size> response{};
+    uint32_t response_len = diag_response_size;
+    int result;
+    if (dci && !with_result) {
+        print_line("dci mode without result");
+        result = orvik_diag_cmd_send_without_result_by_dci_mode(command.data(), typed);
+    } else if (dci) {
+        print_line("dci mode with result");
+        result = orvik_diag_cmd_send_with_result_by_dci_mode(command.data(), typed, time_out,
+                                                             response.data(), &response_len);
+    } else if (!with_result) {
+        print_line("callback mode without result");
+        result = orvik_diag_cmd_send_without_result_by_callback_mode(command.data(), typed);
+    } else {
+        print_line("callback mode with result");
+        result = orvik_diag_cmd_send_with_result_by_callback_mode(command.data(), typed, time_out,
+                                                                  response.data(), &response_len);
+    }
+    if (result != 0) {
+        print_line("orvik_diag_cmd_send fail");
+        return result;
+    }
+    if (with_result) {
+        if (print) {
+            std::printf("\nrsp data len(%d)\nrsp data:", response_len);
+            for (uint32_t i = 0; i < response_len; ++i)
+                std::printf(" 0x%02X", response[i]);
+            std::putchar('\n');
+        }
+    } else {
+        print_line("\ndone without rsp data");
+        /* The process must not end under the worker. */
+        orvik_diag_wait_for_workers(diag_worker_time_ms);
+    }
+    return 0;
+}
 
 /* ==== group 5: card, SAR ==== */
 

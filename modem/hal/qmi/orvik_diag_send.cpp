@@ -1,14 +1,125 @@
 #include "orvik_diag_send.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
 #include <string>
+#include <thread>
+
+#include <pthread.h>
+#include <semaphore.h>
 
 #include "log_lines.h"
+
+/* ==== state ==== */
+
+orvik_diag_pauses g_orvik_diag_pauses;
 
 namespace {
 
 constexpr uint32_t hex_dump_max = 4096;
+constexpr int32_t command_max = 4096;
+constexpr int32_t response_max = 10240;
+constexpr int32_t full_chunk = 4096; /* a DCI chunk of this size means that more is coming */
+
+constexpr int32_t default_ticks = 30;
+constexpr uint32_t tick_ms = 100;
+constexpr uint32_t time_out_max_ms = 60000;
+constexpr uint32_t time_out_default_ms = 3000;
+
+constexpr int local_processor = 0;
+
+/* One wait for a response. The sender, the callback that saw the wait begin and the wait's own
+ * thread share it, and the last of them frees it: a post that comes when the wait is over falls on
+ * a semaphore that is still there and that nobody waits on any more. */
+struct diag_wait {
+    diag_wait() { sem_init(&done, 0, 0); }
+    ~diag_wait() { sem_destroy(&done); }
+    diag_wait(const diag_wait&) = delete;
+    diag_wait& operator=(const diag_wait&) = delete;
+
+    sem_t done;
+    std::atomic<bool> waiting{false};
+    std::atomic<int32_t> timed_out{0};
+    std::atomic<int32_t> limit{default_ticks};
+};
+
+/* The response collected last; malloc'd blocks, one byte larger than what they hold. Guarded by the
+ * response mutex. */
+struct diag_rsp_buf {
+    uint8_t* data;
+    int32_t length; /* stays when the DCI sender frees data */
+    uint8_t* prev_data;
+};
+
+std::atomic<int32_t> g_diag_init_status{0};
+diag_rsp_buf g_qcril_diag_rsp_buf{};
+
+/* Never destroyed: callbacks, wait threads and workers may run while the process ends. */
+struct diag_shared {
+    std::mutex send_mutex;     /* a whole "with result" command */
+    std::mutex worker_mutex;   /* a worker's whole run */
+    std::mutex response_mutex; /* g_qcril_diag_rsp_buf */
+
+    std::mutex wait_mutex; /* the pointer below */
+    std::shared_ptr<diag_wait> wait = std::make_shared<diag_wait>();
+
+    std::mutex event_mutex; /* the count below */
+    std::condition_variable worker_ended;
+    int workers = 0;
+};
+diag_shared& g_diag_shared = *new diag_shared;
+
+std::shared_ptr<diag_wait> current_wait() {
+    const std::lock_guard guard(g_diag_shared.wait_mutex);
+    return g_diag_shared.wait;
+}
+
+void begin_new_wait() {
+    const std::lock_guard guard(g_diag_shared.wait_mutex);
+    g_diag_shared.wait = std::make_shared<diag_wait>();
+}
+
+/* What libdiag hands back as a packet's context: the processor's number, in a word that stays. */
+uint32_t g_processor_words[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+
+constexpr const char* processor_labels[] = {"MSM", "MDM", "MDM_2"};
+
+const char* processor_label(int32_t id) {
+    return id >= 0 && id < static_cast<int32_t>(std::size(processor_labels)) ? processor_labels[id]
+                                                                             : "Unknown";
+}
+
+uint8_t* allocate(int32_t content) {
+    return static_cast<uint8_t*>(std::malloc(static_cast<size_t>(content) + 1));
+}
+
+void pause_us(uint32_t us) { std::this_thread::sleep_for(std::chrono::microseconds(us)); }
+
+int create_detached_thread(void* (*proc)(void*), void* arg) {
+    pthread_attr_t attr;
+    pthread_attr_init(&attr);
+    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
+    pthread_t thread;
+    const int conf = pthread_create(&thread, &attr, proc, arg);
+    pthread_attr_destroy(&attr);
+    return conf;
+}
+
+/* To be called by the thread itself: its creator must not touch a detached thread, which may have
+ * ended. */
+void name_this_thread() { pthread_setname_np(pthread_self(), "ORVK DIAG"); }
 
 } // namespace
+
+/* ==== hex dump ==== */
 
 void orvik_print_data_with_hex(const uint8_t* data, uint32_t len) {
     if (data == nullptr) {
@@ -29,4 +140,632 @@ void orvik_print_data_with_hex(const uint8_t* data, uint32_t len) {
         text += digits[data[i] & 15];
     }
     ORVIK_DBG("data hex show, len(%d), data: %s", len, text.c_str());
+}
+
+/* ==== libdiag up and down ==== */
+
+void orvik_diag_init_with_result() {
+    ORVIK_FUNCTION_SCOPE();
+    if (g_diag_init_status != 0) {
+        ORVIK_DBG("diag init done, g_diag_init_status = %d", g_diag_init_status.load());
+        ++g_diag_init_status;
+        return;
+    }
+    /* Also where the library does not come up: the command goes on and may come to wait. */
+    begin_new_wait();
+    if (Diag_LSM_Init(nullptr))
+        g_diag_init_status = 1;
+    else
+        ORVIK_DBG("LSM init failed");
+}
+
+void orvik_diag_deinit_with_result() {
+    ORVIK_FUNCTION_SCOPE();
+    Diag_LSM_DeInit();
+    g_diag_init_status = 0;
+}
+
+/* ==== checks ==== */
+
+int orvik_diag_comand_input_check(const uint8_t* data, uint32_t data_len) {
+    const auto len = static_cast<int32_t>(data_len);
+    ORVIK_DBG("diag_comand, data_len = %d", len);
+    if (data == nullptr) {
+        ORVIK_DBG("data is null");
+        return 1;
+    }
+    if (len < 1 || len > command_max) {
+        ORVIK_DBG("Invalid input parameter, data_len = %d", len);
+        return 1;
+    }
+    orvik_print_data_with_hex(data, data_len);
+    return 0;
+}
+
+int orvik_diag_comand_output_check(uint8_t* reply_buf, uint32_t* p_reply_len) {
+    if (reply_buf == nullptr) {
+        ORVIK_DBG("reply_buf is null");
+        return 1;
+    }
+    if (p_reply_len == nullptr) {
+        ORVIK_DBG("p_reply_len is null");
+        return 1;
+    }
+    const auto len = static_cast<int32_t>(*p_reply_len);
+    ORVIK_DBG("reply_len = %d", len);
+    if (len <= 0) {
+        ORVIK_DBG("Invalid output parameter, reply_len = %d", len);
+        return 1;
+    }
+    return 0;
+}
+
+int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_t* context_data) {
+    int32_t id = -1;
+    if (context_data != nullptr)
+        id = static_cast<int32_t>(*context_data);
+    else
+        ORVIK_DBG("context_data is null");
+    ORVIK_DBG("================ response from %d[%s], len = %d ========================", id,
+              processor_label(id), len);
+    if (ptr == nullptr) {
+        ORVIK_DBG("ptr is null");
+        return 1;
+    }
+    if (len < 1 || len > response_max) {
+        ORVIK_DBG("Invalid parameter, len = %d", len);
+        return 1;
+    }
+    orvik_print_data_with_hex(ptr, static_cast<uint32_t>(len));
+    return 0;
+}
+
+namespace {
+
+/* Both checks of a "with result" command, with the complaints of the named function. */
+bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
+                    uint8_t* reply_buf, uint32_t* p_reply_len) {
+    if (orvik_diag_comand_input_check(data, data_len) != 0) {
+        ORVIK_DBG_IN(function, "orvik_diag_comand_param_check fail");
+        return false;
+    }
+    if (orvik_diag_comand_output_check(reply_buf, p_reply_len) != 0) {
+        ORVIK_DBG_IN(function, "orvik_diag_comand_output_check fail");
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+/* ==== waiting for a response ==== */
+
+void* orvik_diag_cmd_send_with_result_wait_thread_proc(void* arg) {
+    const std::unique_ptr<std::shared_ptr<diag_wait>> handed(
+        static_cast<std::shared_ptr<diag_wait>*>(arg));
+    const std::shared_ptr<diag_wait> wait = handed != nullptr ? *handed : current_wait();
+    name_this_thread();
+    ORVIK_FUNCTION_SCOPE();
+    int32_t ticks = 0;
+    do {
+        pause_us(g_orvik_diag_pauses.tick);
+        ++ticks;
+        ORVIK_DBG("orvik_diag_cmd_send_with_result_wait_thread_proc, cnt_of_100ms = %d", ticks);
+    } while (wait->waiting && ticks < wait->limit);
+
+    int32_t length;
+    {
+        const std::lock_guard guard(g_diag_shared.response_mutex);
+        length = g_qcril_diag_rsp_buf.length;
+    }
+    if (length != 0 && length % full_chunk == 0) {
+        ORVIK_DBG("stop waiting, receive success, length is times of 4096");
+        sem_post(&wait->done);
+    } else if (wait->waiting && ticks >= wait->limit) {
+        ORVIK_DBG("stop waiting");
+        /* In this order: the post wakes the sender, which looks at the flag. */
+        wait->timed_out = 1;
+        sem_post(&wait->done);
+    }
+    return nullptr;
+}
+
+void orvik_diag_cmd_send_with_result_wait_create_thread() {
+    ORVIK_FUNCTION_SCOPE();
+    auto handed = std::make_unique<std::shared_ptr<diag_wait>>(current_wait());
+    const int conf =
+        create_detached_thread(orvik_diag_cmd_send_with_result_wait_thread_proc, handed.get());
+    if (conf == 0)
+        (void)handed.release(); /* the thread's now */
+    ORVIK_DBG("orvik daig is created, conf = %d", conf);
+}
+
+namespace {
+
+/* Blocks until a response, or the time's end, is posted. */
+void wait_for_response(diag_wait& wait) {
+    orvik_diag_cmd_send_with_result_wait_create_thread();
+    while (sem_wait(&wait.done) != 0 && errno == EINTR) {
+    }
+    wait.waiting = false;
+    wait.limit = default_ticks;
+}
+
+/* Copies the response to the caller; the result of the wait. */
+int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf, uint32_t* p_reply_len,
+                  int32_t capacity) {
+    const std::lock_guard guard(g_diag_shared.response_mutex);
+    const diag_rsp_buf& response = g_qcril_diag_rsp_buf;
+    const int32_t n = std::min(response.length, capacity);
+    ORVIK_DBG_IN(function,
+                 "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", n,
+                 response.length, capacity);
+    /* A length may be left from a response whose bytes were freed: nothing to copy then. */
+    const int32_t copied = response.data != nullptr ? n : 0;
+    if (copied >= 1)
+        std::memcpy(reply_buf, response.data, static_cast<size_t>(copied));
+    *p_reply_len = static_cast<uint32_t>(copied);
+    return wait.timed_out.exchange(0) == 1 ? 1 : 0;
+}
+
+} // namespace
+
+/* ==== callback mode ==== */
+
+void orvik_diag_register_callback(diag_packet_cb callback) {
+    ORVIK_FUNCTION_SCOPE();
+    uint32_t& data_primary = g_processor_words[local_processor];
+    diag_register_callback(callback, &data_primary);
+    uint16_t remote_mask = 0;
+    diag_has_remote_device(&remote_mask);
+
+    /* One name, of the lowest bit, even where several are set. */
+    static constexpr const char* remote_labels[] = {" APSS",  " MPSS",    " LPASS",
+                                                    " WCNSS", " SENSORS", " WDSP"};
+    const char* label = "";
+    for (size_t bit = std::size(remote_labels); bit-- > 0;)
+        if ((remote_mask & (1u << bit)) != 0)
+            label = remote_labels[bit];
+    ORVIK_DBG("register call back, g_diag_channel = [%d]%s, data_primary = %d, remote_mask = "
+              "[%d]%s",
+              local_processor, processor_label(local_processor), data_primary, remote_mask, label);
+
+    int number = 1;
+    for (unsigned mask = remote_mask; mask != 0; mask >>= 1, ++number) {
+        if ((mask & 1) == 0)
+            continue;
+        ORVIK_DBG("register remote call back, data_remote = %d", number);
+        diag_register_remote_callback(callback, number, &g_processor_words[number]);
+    }
+}
+
+int orvik_diag_cmd_response_by_callback(uint8_t* ptr, int32_t len, uint32_t* context_data) {
+    const std::shared_ptr<diag_wait> wait = current_wait();
+    ORVIK_FUNCTION_SCOPE();
+    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
+        ORVIK_DBG("orvik_diag_cmd_response_check fail");
+        return 1;
+    }
+    uint8_t* const ptr_out = allocate(len);
+    if (ptr_out == nullptr) {
+        ORVIK_ERR("Failed to allocate memory for ptr_out");
+        return 1;
+    }
+    std::memcpy(ptr_out, ptr, static_cast<size_t>(len));
+    {
+        const std::lock_guard guard(g_diag_shared.response_mutex);
+        std::free(g_qcril_diag_rsp_buf.data);
+        g_qcril_diag_rsp_buf.data = ptr_out;
+        g_qcril_diag_rsp_buf.length = len;
+    }
+    ORVIK_DBG("callback, cmd_code = 0x%02x, data_size = %d", ptr[0], len);
+    sem_post(&wait->done);
+    return 0;
+}
+
+void orvik_diag_cmd_response_by_callback_no_handle(uint8_t*, int32_t len) {
+    ORVIK_DBG("len = %d", len);
+}
+
+namespace {
+
+/* What libdiag calls. */
+int on_packet(unsigned char* ptr, int len, void* context) {
+    return orvik_diag_cmd_response_by_callback(ptr, len, static_cast<uint32_t*>(context));
+}
+
+int on_packet_no_handle(unsigned char* ptr, int len, void*) {
+    orvik_diag_cmd_response_by_callback_no_handle(ptr, len);
+    return 0;
+}
+
+/* libdiag's prototypes lack const; it only reads the packet. */
+unsigned char* packet_bytes(const uint8_t* data) { return const_cast<uint8_t*>(data); }
+
+} // namespace
+
+int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32_t data_len,
+                                                     uint32_t time_out_ms, uint8_t* reply_buf,
+                                                     uint32_t* p_reply_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_diag_shared.send_mutex);
+    if (!buffers_usable(__func__, data, data_len, reply_buf, p_reply_len))
+        return 1;
+    const auto capacity = static_cast<int32_t>(*p_reply_len);
+
+    orvik_diag_init_with_result();
+    const std::shared_ptr<diag_wait> wait = current_wait();
+    orvik_diag_register_callback(on_packet);
+    diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
+    int result = 1;
+    const int ret =
+        diag_callback_send_data(local_processor, packet_bytes(data), static_cast<int>(data_len));
+    ORVIK_DBG("ret_send = %d, will wait callback", ret);
+    if (ret != 0) {
+        ORVIK_DBG("Fail to send diag cmd");
+    } else {
+        if (time_out_ms == 0 || time_out_ms > time_out_max_ms) {
+            ORVIK_DBG("Time out is invalid, set default");
+            time_out_ms = time_out_default_ms;
+        }
+        wait->waiting = true;
+        const auto ticks = static_cast<int32_t>((time_out_ms & 0xFFFF) / tick_ms);
+        wait->limit = ticks;
+        ORVIK_DBG("Command time = %d * 100ms", ticks);
+        wait_for_response(*wait);
+        result = take_response(__func__, *wait, reply_buf, p_reply_len, capacity);
+    }
+    diag_switch_logging(DIAG_USB_MODE, nullptr);
+    orvik_diag_deinit_with_result();
+    return result;
+}
+
+/* ==== DCI mode ==== */
+
+namespace {
+
+constexpr int dci_response_size = 16384;
+
+/* True when the chunk was kept. The response mutex is held. */
+bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
+    diag_rsp_buf& response = g_qcril_diag_rsp_buf;
+    if (response.data == nullptr) {
+        uint8_t* const ptr_out_1 = allocate(len);
+        if (ptr_out_1 == nullptr) {
+            ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_1");
+            return false;
+        }
+        std::memcpy(ptr_out_1, ptr, static_cast<size_t>(len));
+        response.data = ptr_out_1;
+        response.length = len;
+        return true;
+    }
+    const auto old_length = static_cast<size_t>(response.length);
+    uint8_t* const ptr_out_2 = allocate(response.length);
+    if (ptr_out_2 == nullptr) {
+        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_2");
+        return false;
+    }
+    std::memcpy(ptr_out_2, response.data, old_length);
+    std::free(response.prev_data);
+    response.prev_data = ptr_out_2;
+    uint8_t* const ptr_out_3 =
+        response.length <= INT32_MAX - len ? allocate(response.length + len) : nullptr;
+    if (ptr_out_3 == nullptr) {
+        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_3");
+        return false;
+    }
+    std::memcpy(ptr_out_3, ptr_out_2, old_length);
+    std::memcpy(ptr_out_3 + old_length, ptr, static_cast<size_t>(len));
+    std::free(response.data);
+    response.data = ptr_out_3;
+    response.length += len;
+    return true;
+}
+
+/* The length stays, as callers of the next command expect it to. */
+void free_response() {
+    const std::lock_guard guard(g_diag_shared.response_mutex);
+    std::free(g_qcril_diag_rsp_buf.prev_data);
+    std::free(g_qcril_diag_rsp_buf.data);
+    g_qcril_diag_rsp_buf.prev_data = nullptr;
+    g_qcril_diag_rsp_buf.data = nullptr;
+}
+
+} // namespace
+
+void orvik_diag_cmd_response_by_dci(uint8_t* ptr, int32_t len, uint32_t* context_data) {
+    const std::shared_ptr<diag_wait> wait = current_wait();
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_diag_shared.response_mutex);
+    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
+        ORVIK_DBG("orvik_diag_cmd_response_check fail");
+        return;
+    }
+    if (!keep_dci_chunk(__func__, ptr, len))
+        return;
+    ORVIK_DBG("response, cmd_code = 0x%02x, data_size = %d", ptr[0], len);
+    if (len != full_chunk)
+        sem_post(&wait->done);
+}
+
+void orvik_diag_cmd_response_by_dci_log_stream(uint8_t* ptr, int32_t len) {
+    ORVIK_FUNCTION_SCOPE();
+    orvik_print_data_with_hex(ptr, static_cast<uint32_t>(len));
+}
+
+void orvik_diag_cmd_response_by_dci_event_stream(uint8_t* ptr, int32_t len) {
+    ORVIK_FUNCTION_SCOPE();
+    orvik_print_data_with_hex(ptr, static_cast<uint32_t>(len));
+}
+
+void orvik_diag_cmd_response_by_dci_no_handle(uint8_t*, int32_t len, uint32_t*) {
+    ORVIK_DBG("len = %d", len);
+}
+
+void orvik_diag_cmd_response_by_dci_log_stream_no_handle(uint8_t*, int32_t len) {
+    ORVIK_DBG("len = %d", len);
+}
+
+void orvik_diag_cmd_response_by_dci_event_stream_no_handle(uint8_t*, int32_t len) {
+    ORVIK_DBG("len = %d", len);
+}
+
+namespace {
+
+void on_dci_response(unsigned char* ptr, int len, void* context) {
+    orvik_diag_cmd_response_by_dci(ptr, len, static_cast<uint32_t*>(context));
+}
+
+void on_dci_response_no_handle(unsigned char* ptr, int len, void* context) {
+    orvik_diag_cmd_response_by_dci_no_handle(ptr, len, static_cast<uint32_t*>(context));
+}
+
+/* What a DCI command with result and one without do differently. */
+struct dci_variant {
+    diag_dci_stream_cb log_listener;
+    diag_dci_stream_cb event_listener;
+    diag_dci_response_cb response;
+    void (*deinit)();
+};
+
+constexpr dci_variant dci_with_result = {
+    orvik_diag_cmd_response_by_dci_log_stream,
+    orvik_diag_cmd_response_by_dci_event_stream,
+    on_dci_response,
+    orvik_diag_deinit_with_result,
+};
+
+constexpr dci_variant dci_without_result = {
+    orvik_diag_cmd_response_by_dci_log_stream_no_handle,
+    orvik_diag_cmd_response_by_dci_event_stream_no_handle,
+    on_dci_response_no_handle,
+    [] { Diag_LSM_DeInit(); },
+};
+
+/* From the registered client to the request; 0 once it is sent. errno is kept at once wherever it
+ * is shown, since a log line may change it. */
+int send_dci_request(const char* function, const dci_variant& variant, int client_id,
+                     uint16_t peripherals, const uint8_t* data, uint32_t data_len,
+                     uint8_t* response_packet) {
+    const int channel = local_processor;
+    int err = diag_register_dci_signal_data(client_id, SIGRTMIN + 30);
+    int error_number = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        ORVIK_DBG_IN(function,
+                     "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
+                     channel, err, error_number);
+        return 1;
+    }
+    ORVIK_DBG_IN(function, "DCI Status on Processors for ch%d:", channel);
+    err = diag_get_dci_support_list_proc(channel, &peripherals);
+    error_number = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        ORVIK_DBG_IN(function, "Could not get support list for ch %d, err: %d, errno: %d", channel,
+                     err, error_number);
+        return 1;
+    }
+    if ((peripherals & DIAG_CON_MPSS) != 0)
+        ORVIK_DBG_IN(function, "MPSS on ch:%d: UP", channel);
+    else
+        ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
+    ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
+    err = diag_register_dci_stream_proc(client_id, variant.log_listener, variant.event_listener);
+    error_number = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        ORVIK_DBG_IN(function, "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
+                     channel, err, error_number);
+        return 1;
+    }
+    ORVIK_DBG_IN(function, "Sending Asynchronous Command for ch:%d", channel);
+    err = diag_send_dci_async_req(client_id, packet_bytes(data), static_cast<int>(data_len),
+                                  response_packet, dci_response_size, variant.response, nullptr);
+    if (err != DIAG_DCI_NO_ERROR) {
+        ORVIK_DBG_IN(function, "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
+                     channel);
+        return 1;
+    }
+    return 0;
+}
+
+/* A whole DCI command while libdiag is up, which it takes down; sent() runs once the request is out
+ * and gives the result. */
+template <typename Sent>
+int run_dci_command(const char* function, const dci_variant& variant, const uint8_t* data,
+                    uint32_t data_len, Sent sent) {
+    const std::unique_ptr<void, void (*)(void*)> response_packet(std::malloc(dci_response_size),
+                                                                 std::free);
+    int error_number = errno;
+    if (response_packet == nullptr) {
+        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d",
+                     error_number);
+        variant.deinit();
+        return 1;
+    }
+    static int client_signal = 18; /* SIGCONT; libdiag takes its address */
+    const int channel = local_processor;
+    uint16_t peripherals = DIAG_CON_MPSS;
+    int client_id = 0;
+    int err = diag_register_dci_client(&client_id, &peripherals, channel, &client_signal);
+    error_number = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err,
+                     error_number, channel);
+        variant.deinit();
+        return 1;
+    }
+    ORVIK_DBG_IN(function, "Successfully registered with DCI for ch:%d, client ID = %d", channel,
+                 client_id);
+    int result = send_dci_request(function, variant, client_id, peripherals, data, data_len,
+                                  static_cast<uint8_t*>(response_packet.get()));
+    if (result == 0)
+        result = sent();
+    variant.deinit();
+    err = diag_release_dci_client(&client_id);
+    error_number = errno;
+    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, error_number);
+    return result;
+}
+
+} // namespace
+
+int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t data_len,
+                                                uint32_t time_out_ms, uint8_t* reply_buf,
+                                                uint32_t* p_reply_len) {
+    ORVIK_FUNCTION_SCOPE();
+    const std::lock_guard guard(g_diag_shared.send_mutex);
+    if (!buffers_usable(__func__, data, data_len, reply_buf, p_reply_len))
+        return 1;
+    const auto capacity = static_cast<int32_t>(*p_reply_len);
+
+    orvik_diag_init_with_result();
+    const std::shared_ptr<diag_wait> wait = current_wait();
+    const char* const function = __func__;
+    return run_dci_command(function, dci_with_result, data, data_len, [&] {
+        wait->waiting = true;
+        const int32_t ticks = static_cast<int32_t>(time_out_ms) / static_cast<int32_t>(tick_ms);
+        wait->limit = ticks;
+        ORVIK_DBG_IN(function, "Dci Command time = %d", ticks);
+        wait_for_response(*wait);
+        const int result = take_response(function, *wait, reply_buf, p_reply_len, capacity);
+        free_response();
+        return result;
+    });
+}
+
+/* ==== without result ==== */
+
+namespace {
+
+constexpr uint32_t work_mode_callback = 0;
+constexpr uint32_t work_mode_dci = 1;
+
+/* What the workers of both modes do around their sending. work gets the packet while libdiag is up
+ * and takes it down; libdiag is brought up here directly and not counted. */
+template <typename Work> void run_worker(const char* function, void* block, Work work) {
+    const std::lock_guard guard(g_diag_shared.worker_mutex);
+    const std::unique_ptr<void, void (*)(void*)> owned(block, std::free);
+    if (block == nullptr) {
+        ORVIK_DBG_IN(function, "param is null");
+        return;
+    }
+    uint32_t data_len;
+    std::memcpy(&data_len, block, sizeof data_len);
+    ORVIK_DBG_IN(function, "data_len = %d", data_len);
+    if (!Diag_LSM_Init(nullptr)) {
+        ORVIK_DBG_IN(function, "LSM init failed");
+        return;
+    }
+    work(static_cast<const uint8_t*>(block) + sizeof data_len, data_len);
+}
+
+void worker_begins() {
+    const std::lock_guard guard(g_diag_shared.event_mutex);
+    ++g_diag_shared.workers;
+}
+
+void worker_ends() {
+    const std::lock_guard guard(g_diag_shared.event_mutex);
+    --g_diag_shared.workers;
+    g_diag_shared.worker_ended.notify_all();
+}
+
+/* A worker's thread: its body, then, after its last line, the event. */
+template <void* (*body)(void*)> void* worker_thread(void* block) {
+    name_this_thread();
+    body(block);
+    worker_ends();
+    return nullptr;
+}
+
+} // namespace
+
+void* orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(void* block) {
+    ORVIK_FUNCTION_SCOPE();
+    const char* const function = __func__;
+    run_worker(function, block, [function](const uint8_t* data, uint32_t data_len) {
+        orvik_diag_register_callback(on_packet_no_handle);
+        diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
+        const int ret = diag_callback_send_data(local_processor, packet_bytes(data),
+                                                static_cast<int>(data_len));
+        ORVIK_DBG_IN(function, "ret_send = %d, will wait callback", ret);
+        pause_us(g_orvik_diag_pauses.callback_worker);
+        diag_switch_logging(DIAG_USB_MODE, nullptr);
+        Diag_LSM_DeInit();
+    });
+    return nullptr;
+}
+
+void* orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(void* block) {
+    ORVIK_FUNCTION_SCOPE();
+    const char* const function = __func__;
+    run_worker(function, block, [function](const uint8_t* data, uint32_t data_len) {
+        run_dci_command(function, dci_without_result, data, data_len, [] {
+            pause_us(g_orvik_diag_pauses.dci_worker);
+            return 0;
+        });
+    });
+    return nullptr;
+}
+
+int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_t data_len,
+                                                    uint32_t diag_work_mode) {
+    ORVIK_FUNCTION_SCOPE();
+    if (orvik_diag_comand_input_check(data, data_len) != 0) {
+        ORVIK_DBG("orvik_diag_comand_input_check fail");
+        return 1;
+    }
+    auto* const block = static_cast<uint8_t*>(std::malloc(size_t{data_len} + 5));
+    if (block == nullptr) {
+        ORVIK_ERR("Failed to allocate memory for ptr_out");
+        return 1;
+    }
+    std::memcpy(block, &data_len, sizeof data_len);
+    std::memcpy(block + sizeof data_len, data, data_len);
+    worker_begins();
+    const int conf = create_detached_thread(
+        diag_work_mode == work_mode_callback
+            ? worker_thread<orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc>
+            : worker_thread<orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc>,
+        block);
+    ORVIK_DBG("orvik daig is created, conf = %d, diag_work_mode = %d", conf, diag_work_mode);
+    if (conf != 0) {
+        std::free(block);
+        worker_ends();
+    }
+    return 0;
+}
+
+int orvik_diag_cmd_send_without_result_by_callback_mode(const uint8_t* data, uint32_t data_len) {
+    return orvik_diag_cmd_send_without_result_start_thread(data, data_len, work_mode_callback);
+}
+
+int orvik_diag_cmd_send_without_result_by_dci_mode(const uint8_t* data, uint32_t data_len) {
+    return orvik_diag_cmd_send_without_result_start_thread(data, data_len, work_mode_dci);
+}
+
+bool orvik_diag_wait_for_workers(uint32_t time_out_ms) {
+    std::unique_lock lock(g_diag_shared.event_mutex);
+    return g_diag_shared.worker_ended.wait_for(lock, std::chrono::milliseconds(time_out_ms),
+                                               [] { return g_diag_shared.workers == 0; });
 }
