@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "modem/stats_debug_info.h"
+
 namespace simphone {
 
 namespace {
@@ -50,7 +52,8 @@ struct RecordRow {
 };
 
 constexpr RecordRow record_rows[] = {
-    {0, nullptr},
+    {20, stats_debug_info},
+    {27, stats_not_supported_logs},
 };
 
 Bytes plain_request(uint32_t kind, ByteView request) {

@@ -1,0 +1,67 @@
+/* The serving-cell record of the modem's statistics. */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/* A statistics data id; see the modem API. */
+enum modem_stats_data_id_e_type : uint32_t;
+
+/* The record as it is handed on: packed, little-endian. */
+struct [[gnu::packed]] modem_stats_single_data_common_type {
+    uint32_t version;
+    uint16_t mcc;
+    uint16_t mnc;
+    uint32_t tac;
+    uint64_t cgi;
+    uint16_t pci;
+    uint16_t freq_band_ind;
+    uint32_t dl_earfcn;
+    uint16_t dl_bw;
+    uint32_t ul_earfcn;
+    uint16_t ul_bw;
+    uint8_t allow_access;
+    uint8_t scs;
+};
+static_assert(sizeof(modem_stats_single_data_common_type) == 38);
+static_assert(offsetof(modem_stats_single_data_common_type, mcc) == 4);
+static_assert(offsetof(modem_stats_single_data_common_type, mnc) == 6);
+static_assert(offsetof(modem_stats_single_data_common_type, tac) == 8);
+static_assert(offsetof(modem_stats_single_data_common_type, cgi) == 12);
+static_assert(offsetof(modem_stats_single_data_common_type, pci) == 20);
+static_assert(offsetof(modem_stats_single_data_common_type, freq_band_ind) == 22);
+static_assert(offsetof(modem_stats_single_data_common_type, dl_earfcn) == 24);
+static_assert(offsetof(modem_stats_single_data_common_type, dl_bw) == 28);
+static_assert(offsetof(modem_stats_single_data_common_type, ul_earfcn) == 30);
+static_assert(offsetof(modem_stats_single_data_common_type, ul_bw) == 34);
+static_assert(offsetof(modem_stats_single_data_common_type, allow_access) == 36);
+static_assert(offsetof(modem_stats_single_data_common_type, scs) == 37);
+
+/* The record as it is read, in the order of reading. */
+struct serving_cell {
+    uint32_t version;
+    uint16_t mcc;
+    uint8_t mnc_num; /* digits of mnc; printed only */
+    uint16_t mnc;
+    uint32_t tac;
+    uint64_t cgi;
+    uint16_t pci;
+    uint16_t freq_band_ind;
+    uint32_t dl_earfcn;
+    uint16_t dl_bw;
+    uint32_t ul_earfcn;
+    uint16_t ul_bw;
+    uint8_t allow_access;
+};
+
+/* Reads the record from the armed cursor. When false, a line told why and cell is not to be used.
+ */
+bool serving_cell_unpack(serving_cell& cell);
+
+/* Reads the record from the armed cursor, prints it, stores it at the start of the output area that
+ * single-data records share, and points the cursor at it: g_pk_data_ptr at the record,
+ * g_pk_data_cnt its length. A record that can't be read leaves a line, the area as it was, and the
+ * cursor where the failing step left it. As in all parsers of its family the arguments name a data
+ * id and where the record goes; this one uses neither. */
+void modem_stats_parse_xxxx_diag_xxxx(int, modem_stats_data_id_e_type*,
+                                      modem_stats_single_data_common_type**);
