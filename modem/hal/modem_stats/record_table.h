@@ -47,9 +47,10 @@ template <const auto& table, size_t column, typename Cursor, typename Record, si
 template <const auto& table, size_t column = 0, typename Cursor, typename Record>
 [[gnu::always_inline]] inline bool unpk_read_version(Cursor& cursor, Record& record) {
     if constexpr (column == std::size(table.versions)) {
-        return unpk_version_not_support(record.version, table.parser);
+        return unpk_version_not_support(record.version, table.parser), false;
     } else {
-        if (record.version == table.versions[column])
+        constexpr uint32_t version = table.versions[column];
+        if (record.version == version)
             return unpk_read_column<table, column>(
                 cursor, record,
                 std::make_index_sequence<std::tuple_size_v<decltype(table.fields)>>());
@@ -57,14 +58,12 @@ template <const auto& table, size_t column = 0, typename Cursor, typename Record
     }
 }
 
-/* Reads a record, its version word first, from the global cursor. When false, a line told why and
- * record holds what had been read until then. */
-template <const auto& table, typename Record>
-[[gnu::always_inline]] inline bool unpk_read_record(Record& record) {
-    return unpk_with_cursor([&record](auto& cursor) __attribute__((always_inline)) {
-        if (!cursor.UNPK_I({"version"}, record.version))
-            return false;
-        cursor.BASE_WITH_BIT(8 * sizeof record.version);
-        return unpk_read_version<table>(cursor, record);
-    });
+/* Reads a record, its version word first. When false, a line told why and record holds what had
+ * been read until then. */
+template <const auto& table, typename Cursor, typename Record>
+[[gnu::always_inline]] inline bool unpk_read_record(Cursor& cursor, Record& record) {
+    if (!cursor.UNPK_I({"version"}, record.version))
+        return false;
+    cursor.BASE_WITH_BIT(8 * sizeof record.version);
+    return unpk_read_version<table>(cursor, record);
 }

@@ -3,32 +3,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "record_table.h"
+#include "unpack.h"
 
 namespace {
-
-/* Versions 0x30001 and 0x30002 are 0x30000 moved by 10 and 24 bits, so that no field of 0x30001
- * begins at a byte; version 4 lacks the 64 bits between pci and dl_earfcn. */
-// clang-format off
-constexpr unpk_table table{
-    "modem_stats_parse_xxxx_diag_xxxx",
-    /*                                                   */ {0x30000, 0x30001, 0x30002,   4},
-    std::tuple{
-    unpk_field{"mcc",           &serving_cell::mcc,           16, {240,     250,     264, 176}},
-    unpk_field{"mnc_num",       &serving_cell::mnc_num,        8, {256,     266,     280, 192}},
-    unpk_field{"mnc",           &serving_cell::mnc,           16, {264,     274,     288, 200}},
-    unpk_field{"tac",           &serving_cell::tac,           32, {288,     298,     312, 224}},
-    unpk_field{"cgi",           &serving_cell::cgi,           64, {176,     186,     200, 112}},
-    unpk_field{"pci",           &serving_cell::pci,           16, {  0,      10,      24,   0}},
-    unpk_field{"freq_band_ind", &serving_cell::freq_band_ind, 16, {320,     330,     344, 256}},
-    unpk_field{"dl_earfcn",     &serving_cell::dl_earfcn,     32, { 80,      90,     104,  16}},
-    unpk_field{"dl_bw",         &serving_cell::dl_bw,         16, {144,     154,     168,  80}},
-    unpk_field{"ul_earfcn",     &serving_cell::ul_earfcn,     32, {112,     122,     136,  48}},
-    unpk_field{"ul_bw",         &serving_cell::ul_bw,         16, {160,     170,     184,  96}},
-    unpk_field{"allow_access",  &serving_cell::allow_access,   8, {280,     290,     304, 216}},
-    },
-};
-// clang-format on
 
 /* The output area is the first 700 bytes. The memory goes on behind it, since a cursor that points
  * at a record may be read like any other. */
@@ -47,7 +24,11 @@ void print(const serving_cell& cell, int scs) {
 
 } // namespace
 
-bool serving_cell_unpack(serving_cell& cell) { return unpk_read_record<table>(cell); }
+bool serving_cell_unpack(serving_cell& cell) {
+    return unpk_with_cursor([&cell](auto& cursor) __attribute__((always_inline)) {
+        return unpk_read_record<serving_cell_table>(cursor, cell);
+    });
+}
 
 void modem_stats_parse_xxxx_diag_xxxx(int, modem_stats_data_id_e_type*,
                                       modem_stats_single_data_common_type**) {

@@ -13,6 +13,7 @@
 
 /* ==== the cursor ==== */
 
+#pragma GCC visibility push(hidden)  /* addressed directly, not by way of the linker's table */
 extern const uint8_t* g_pk_data_ptr; /* the payload; null: none is armed */
 extern int32_t g_pk_data_len_max;    /* bound of the positions that UNPK_SET_BIT takes */
 extern int32_t g_pk_data_base;       /* bytes: g_pk_data_base_bit / 8, truncated towards zero */
@@ -21,6 +22,7 @@ extern uint32_t g_pk_data_cnt;       /* bytes consumed since the base */
 extern uint32_t g_pk_data_id;        /* of the payload; for the texts only */
 extern int32_t g_pk_print_flag;      /* 0: no traces */
 extern uint64_t g_pk_version_not_support_num; /* payloads of an unknown version; never reset */
+#pragma GCC visibility pop
 
 enum : uint32_t {
     /* A read that begins here or behind is refused, whatever the armed limit. Only its first byte
@@ -32,23 +34,23 @@ enum : uint32_t {
 
 /* Arms the cursor at the start of a payload that lies in UNPK_MEMORY_SIZE readable bytes. False,
  * with a line, for null. */
-bool MODEM_STATS_DATA_UNPK_START(const uint8_t* payload, uint32_t id);
+bool MODEM_STATS_DATA_UNPK_START(const uint8_t* payload, uint32_t id) noexcept;
 
 /* ==== what the operations print ==== */
 
 /* One line. */
-void unpk_line(const char* format, ...) __attribute__((format(printf, 1, 2)));
+void unpk_line(const char* format, ...) noexcept __attribute__((format(printf, 1, 2)));
 
-/* The line of a failed check. Returns false. */
-bool unpk_fail(const char* format, ...) __attribute__((format(printf, 1, 2), cold));
+/* The line of a failed check. */
+void unpk_fail(const char* format, ...) noexcept __attribute__((format(printf, 1, 2), cold));
 
-/* Counts a payload whose record version a parser does not know, with its line. Returns false. */
-[[gnu::cold]] bool unpk_version_not_support(uint32_t version, const char* parser);
+/* Counts a payload whose record version a parser does not know, with its line. */
+[[gnu::cold]] void unpk_version_not_support(uint32_t version, const char* parser) noexcept;
 
 /* A value as the traces show it: "0x" and its bytes, the least significant first, without the zero
  * bytes at the end; 0 is "0x". */
 struct unpk_hex_text {
-    explicit unpk_hex_text(uint64_t value);
+    explicit unpk_hex_text(uint64_t value) noexcept;
     char text[50];
 };
 
@@ -84,7 +86,7 @@ template <bool traces> struct unpk_cursor {
     explicit unpk_cursor(const uint8_t* payload)
         : ptr(payload), len_max(UNPK_READ_MAX), base(0), base_bit(0), cnt(0) {}
 
-    ~unpk_cursor() {
+    [[gnu::always_inline]] ~unpk_cursor() {
         g_pk_data_base = base;
         g_pk_data_base_bit = base_bit;
         g_pk_data_cnt = cnt;
@@ -97,11 +99,13 @@ template <bool traces> struct unpk_cursor {
         static_assert(std::endian::native == std::endian::little);
         if (ptr == nullptr)
             return unpk_fail("MODEM_STATS_DATA_UNPK, g_pk_data_ptr is NULL, name: %s%s, id(0x%x)",
-                             name.field, name.suffix, g_pk_data_id);
+                             name.field, name.suffix, g_pk_data_id),
+                   false;
         const uint32_t off = static_cast<uint32_t>(base) + cnt;
         if (off >= UNPK_READ_MAX)
             return unpk_fail("(base + cnt)(%d) is can not >= %d for %s%s, id(0x%x)", off,
-                             UNPK_READ_MAX, name.field, name.suffix, g_pk_data_id);
+                             UNPK_READ_MAX, name.field, name.suffix, g_pk_data_id),
+                   false;
         std::memcpy(&value, ptr + off, sizeof value);
         cnt += sizeof value;
         if constexpr (traces)
@@ -129,7 +133,8 @@ template <bool traces> struct unpk_cursor {
         const int32_t pos = wrapped(base_bit, bit) / 8 - base;
         if (pos < 0 || pos >= len_max)
             return unpk_fail("UNPK_SET_BIT, pos(%d) should be[0, %d), id(0x%x)", pos, len_max,
-                             g_pk_data_id);
+                             g_pk_data_id),
+                   false;
         cnt = static_cast<uint32_t>(pos);
         if constexpr (traces)
             unpk_line("UNPK_SET_BIT, g_pk_data_base_bit(%d), g_pk_data_base(%d), "
@@ -156,17 +161,21 @@ template <bool traces> struct unpk_cursor {
         if (low == 1) {
             if (high < 1 || high > word_bits)
                 return unpk_fail("UNPK_MID, high(%d) should be in [1, %d] for %s, id(0x%x)", high,
-                                 word_bits, name, id);
+                                 word_bits, name, id),
+                       false;
         } else {
             if (low < 1 || low > span_bits)
                 return unpk_fail("UNPK_MID, low(%d) should be in [1, 128] for %s, id(0x%x)", low,
-                                 name, id);
+                                 name, id),
+                       false;
             if (high < 1 || high > span_bits)
                 return unpk_fail("UNPK_MID, high(%d) should be in [1, 128] for %s, id(0x%x)", high,
-                                 name, id);
+                                 name, id),
+                       false;
             if (low > high)
                 return unpk_fail("UNPK_MID, low(%d) should <= high(%d) for %s, id(0x%x)", low, high,
-                                 name, id);
+                                 name, id),
+                       false;
         }
         uint64_t old_val = 0;
         uint64_t new_val = 0;
@@ -212,7 +221,8 @@ template <bool traces> struct unpk_cursor {
         const int32_t bit_num = low == 1 ? word_bits : span_bits + 1 - low;
         if (bit_num < word_bits)
             return unpk_fail("UNPK_HIGH, bit_num(%d) should be in [64, 128] for %s, id(0x%x)",
-                             bit_num, name, g_pk_data_id);
+                             bit_num, name, g_pk_data_id),
+                   false;
         if (low == 1) {
             old_val = tmp1;
         } else {
@@ -234,7 +244,8 @@ template <bool traces> struct unpk_cursor {
         const int32_t n = high - low;
         if (n >= type_bits<T>)
             return unpk_fail("UNPK_LOW, bit_num(%d) should be in [1, %d] for %s, id(0x%x)", n + 1,
-                             type_bits<T>, name, g_pk_data_id);
+                             type_bits<T>, name, g_pk_data_id),
+                   false;
         new_val = old_val & (mask_max<T> >> (type_bits<T> - 1 - n));
         if constexpr (traces)
             unpk_line("UNPK_LOW, old_val: %lu, new_val: %lu, bit_num: %d, mask_max(0x%lx), "
@@ -245,21 +256,23 @@ template <bool traces> struct unpk_cursor {
     }
 };
 
+/* Reads a record with read(cursor) where the globals stand. */
+template <bool traces, typename Read> [[gnu::noinline]] bool unpk_from_globals(Read read) {
+    unpk_cursor<traces> cursor;
+    return read(cursor);
+}
+
 /* Reads a record with read(cursor) on the global cursor and returns its result.
  *
  * A record is nearly always read from the start of a freshly armed payload. That case is expanded
  * by itself, with the cursor's place known to the compiler: it works out every position, span and
  * check beforehand, and of each field a load and a shift are left. */
 template <typename Read> [[gnu::always_inline]] inline bool unpk_with_cursor(Read read) {
-    if (g_pk_print_flag != 0) {
-        unpk_cursor<true> cursor;
-        return read(cursor);
-    }
-    if (g_pk_data_base == 0 && g_pk_data_base_bit == 0 && g_pk_data_cnt == 0 &&
-        g_pk_data_len_max == static_cast<int32_t>(UNPK_READ_MAX)) {
-        unpk_cursor<false> cursor(g_pk_data_ptr);
-        return read(cursor);
-    }
-    unpk_cursor<false> cursor;
+    if (g_pk_print_flag != 0) [[unlikely]]
+        return unpk_from_globals<true>(read);
+    if (g_pk_data_base_bit != 0 || g_pk_data_base != 0 || g_pk_data_cnt != 0 ||
+        g_pk_data_len_max != static_cast<int32_t>(UNPK_READ_MAX)) [[unlikely]]
+        return unpk_from_globals<false>(read);
+    unpk_cursor<false> cursor(g_pk_data_ptr);
     return read(cursor);
 }
