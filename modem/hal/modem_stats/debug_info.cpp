@@ -227,7 +227,7 @@ void orvik_modem_stats_support_status_check(unsigned char* data) {
         std::puts("orvik_modem_stats_support_status_check, ptr is null");
         return;
     }
-    uint64_t values[std::size(status_rows)];
+    uint64_t values[std::size(status_rows)] = {};
     print_rows(data, 0, status_rows, values);
     if (values[status_enabled] == 0) {
         std::puts(separator);
