@@ -5,6 +5,7 @@
 
 #include "modem/card_requests.h"
 #include "modem/maintenance.h"
+#include "modem/stats_debug_info.h"
 
 namespace simphone {
 
@@ -65,6 +66,8 @@ struct RecordRow {
 constexpr RecordRow record_rows[] = {
     {0, record_gpio_test},
     {1, record_tx_antenna},
+    {20, stats_debug_info},
+    {27, stats_not_supported_logs},
 };
 
 Bytes plain_request(uint32_t kind, ByteView request) {

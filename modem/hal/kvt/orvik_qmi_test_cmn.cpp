@@ -161,11 +161,6 @@ int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
 
 namespace {
 
-int not_built_yet(const char* name) {
-    std::printf("%s is not built yet\n", name);
-    return 0;
-}
-
 constexpr int diag_first_byte = 6;
 constexpr size_t diag_command_size = 4096;
 constexpr uint32_t diag_response_size = 10240;
