@@ -78,8 +78,8 @@ class TranscriptTest : public testing::Test {
         prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
     }
 
-    /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment put
-     * another build in kvt's place. */
+    /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment
+     * put another build in kvt's place. */
     void script(const char* name, const std::string& line) {
         std::ofstream(dir_ / "bin" / name) << "#!/bin/sh\n" << line << "\n";
         fs::permissions(dir_ / "bin" / name, fs::perms::owner_all);

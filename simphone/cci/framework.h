@@ -38,6 +38,7 @@ struct Client {
     void* notify_cb_data = nullptr;
     bool told_gone = false;
     bool told_up = false;
+    uint32_t told_restarts = 0; /* restarts of the modem when told_up was true last */
 };
 
 /* Never destroyed: its thread may still run when the process ends. */
@@ -67,6 +68,7 @@ class Framework {
     void tell_services();
     void tell_indications();
     std::vector<std::shared_ptr<Client>> snapshot();
+    bool registered(const Client& client) const; /* the mutex is held */
 
     std::mutex mutex_;
     std::condition_variable wake_;

@@ -316,7 +316,8 @@ qmi_client_error_type qmi_client_release(qmi_client_type handle) {
 }
 
 void qmi_cci_os_signal_wait(qmi_client_os_params* params, unsigned int timeout_ms) {
-    platform_call("qmi_cci_os_signal_wait");
+    if (call_result(platform_call("qmi_cci_os_signal_wait")) != QMI_NO_ERR)
+        return;
     if (params == nullptr)
         return;
     struct timespec until {};

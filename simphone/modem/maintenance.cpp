@@ -42,28 +42,37 @@ int32_t typed_full_dump(ByteView, Bytes&) {
     const std::string text = "modem full dump\nrestarts " + std::to_string(restart_count()) +
                              "\ntime " + std::to_string(now_ms()) + "\n" + inventory("nv") +
                              inventory("efs");
-    const std::string name = std::to_string(restart_count() + 1) + ".txt";
-    const int failed = write_text(fs::path("dump") / name, text);
+    int number = 1;
+    const auto name = [&] { return fs::path("dump") / (std::to_string(number) + ".txt"); };
+    while (fs::exists(root() / name()))
+        ++number;
+    write_text(name(), text);
     restart_modem();
-    return -failed;
+    return 0;
 }
 
 int32_t typed_nv_sync(ByteView, Bytes&) {
-    return -write_text("nv_syncs", std::to_string(setting_number("nv_syncs", 0) + 1));
+    write_text("nv_syncs", std::to_string(setting_number("nv_syncs", 0) + 1));
+    return 0;
 }
 
 int32_t record_gpio_test(ByteView data, Bytes&) {
     if (data.size() < 4)
         return -EINVAL;
     const uint64_t count = std::min(get_le(data, 4), gpio_max);
-    return write_efs_file(0, gpio_test_file,
-                          data.first(std::min<size_t>(4 + 4 * count, data.size())));
+    Bytes state;
+    put_le(state, count, 4);
+    const ByteView values = data.subspan(4).first(std::min<size_t>(4 * count, data.size() - 4));
+    state.insert(state.end(), values.begin(), values.end());
+    write_efs_file(0, gpio_test_file, state);
+    return 0;
 }
 
 int32_t record_tx_antenna(ByteView data, Bytes&) {
     if (data.size() < tx_antenna_size)
         return -EINVAL;
-    return write_efs_file(0, tx_antenna_file, data.first(tx_antenna_size));
+    write_efs_file(0, tx_antenna_file, data.first(tx_antenna_size));
+    return 0;
 }
 
 } // namespace simphone

@@ -7,7 +7,8 @@
 
 namespace simphone {
 
-/* Typed requests. A full dump leaves dump/COUNT.txt and restarts; NV syncs are counted in nv_syncs.
+/* Typed requests. A full dump leaves dump/NUMBER.txt, the first that is free, and restarts; NV
+ * syncs are counted in nv_syncs.
  */
 int32_t typed_restart(ByteView payload, Bytes& reply);
 int32_t typed_full_dump(ByteView payload, Bytes& reply);

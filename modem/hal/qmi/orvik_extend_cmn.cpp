@@ -6,6 +6,8 @@
 #include <memory>
 #include <mutex>
 
+#include <unistd.h>
+
 #include "log_lines.h"
 #include "notes.h"
 #include "orvik_extend_idl.h"
@@ -37,7 +39,7 @@ qmi_client_type g_orvik_extend_client;
 qmi_client_type g_orvik_extend_notifier;
 qmi_client_os_params g_orvik_extend_os_params;
 bool g_orvik_extend_inited;
-bool g_orvik_extend_service_object_fetched;
+std::atomic<bool> g_orvik_extend_service_object_fetched;
 
 /* Guards the state block and the handle. Recursive, since the send opens the client under it. */
 std::recursive_mutex g_orvik_extend_mutex;
@@ -51,6 +53,8 @@ common_ind_handler g_common_ind_handlers[max_common_ind + 1];
 other_ind_handler g_other_ind_handler;
 
 void fetch_service_object() {
+    if (g_orvik_extend_service_object_fetched)
+        return;
     const std::lock_guard guard(g_orvik_extend_mutex);
     if (g_orvik_extend_service_object_fetched)
         return;
@@ -60,6 +64,19 @@ void fetch_service_object() {
     if (g_orvik_extend_service_object == nullptr)
         std::puts("QMI get service obj failed. Check .c and .h");
     g_orvik_extend_service_object_fetched = true; /* a failure is not tried again */
+}
+
+/* Waits until the notifier is signalled or the time is up. A signal of the past must not end the
+ * wait: the caller has just found the service down. Without a notifier there is only the time. */
+void wait_for_service() {
+    if (g_orvik_extend_notifier == nullptr) {
+        usleep(service_wait_ms * 1000);
+        return;
+    }
+    pthread_mutex_lock(&g_orvik_extend_os_params.mutex);
+    g_orvik_extend_os_params.sig_set = 0;
+    pthread_mutex_unlock(&g_orvik_extend_os_params.mutex);
+    qmi_cci_os_signal_wait(&g_orvik_extend_os_params, service_wait_ms);
 }
 
 /* The low 32 bits of a pointer, as the texts show it. */
@@ -155,7 +172,7 @@ qmi_client_type orvik_extend_qmi_client_open() {
                 error, num_services);
         if (error == QMI_NO_ERR)
             break;
-        qmi_cci_os_signal_wait(&g_orvik_extend_os_params, service_wait_ms);
+        wait_for_service();
     }
 
     qmi_service_info info[max_services] = {};
