@@ -68,7 +68,7 @@ class TranscriptTest : public testing::Test {
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
                          "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
         prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
-                  (dir_ / "bin").string() + "':\"$PATH\" ";
+                  (dir_ / "bin").string() + "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
         /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
         const std::string report = "log_path=" + (dir_ / "report").string();
         prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
@@ -152,13 +152,13 @@ class TranscriptTest : public testing::Test {
     std::string prefix_;
 };
 
-void register_files(const fs::path& folder, const std::string& extension) {
+void register_files(const char* suite, const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
         if (entry.path().extension() == extension)
             files.push_back(entry.path());
     for (const fs::path& file : files)
-        testing::RegisterTest("Transcript", file.stem().c_str(), nullptr, nullptr, __FILE__,
+        testing::RegisterTest(suite, file.stem().c_str(), nullptr, nullptr, __FILE__,
                               __LINE__, [file] { return new TranscriptTest(file); });
 }
 
@@ -166,7 +166,8 @@ void register_files(const fs::path& folder, const std::string& extension) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    register_files(fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
-    register_files(fs::path(KVT_SOURCE_DIR) / "docs", ".md");
+    register_files("Transcript", fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    register_files("Document", fs::path(KVT_SOURCE_DIR) / "docs", ".md");
+    register_files("Document", fs::path(KVT_SOURCE_DIR), ".md");
     return RUN_ALL_TESTS();
 }
