@@ -26,9 +26,11 @@ struct ServiceRow {
 };
 
 constexpr ServiceRow services[] = {
-    {service_vendor, "vendor", make_vendor_service}, {service_uim, "uim", make_empty_service},
-    {service_sar, "sar", make_empty_service},        {service_nas, "nas", make_empty_service},
-    {service_vs, "vs", make_empty_service},
+    {service_vendor, "vendor", make_vendor_service},
+    {service_uim, "uim", make_empty_service},
+    {service_sar, "sar", make_empty_service},
+    {service_nas, "nas", make_nas_service},
+    {service_vs, "vs", make_vs_service},
 };
 
 const ServiceRow* find_service(uint32_t id) {

@@ -49,5 +49,7 @@ enum : uint32_t {
 
 /* One function per service, in the source named for it. */
 std::unique_ptr<Service> make_vendor_service();
+std::unique_ptr<Service> make_nas_service();
+std::unique_ptr<Service> make_vs_service();
 
 } // namespace simphone
