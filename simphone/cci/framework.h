@@ -25,8 +25,8 @@ struct Client {
     bool notifier = false;
 
     std::unique_ptr<Service> modem_side; /* guarded by the phone's lock and exchange */
-    std::mutex exchange;                 /* one exchange at a time */
-    uint16_t transaction = 0;
+    std::mutex exchange;                 /* one request at a time in the modem */
+    uint16_t transaction = 0;            /* guarded by exchange */
     uint32_t born = 0; /* restarts of the modem before this client */
 
     /* Guarded by the framework's mutex. */
