@@ -259,7 +259,7 @@ qmi_client_error_type qmi_client_send_msg_sync(qmi_client_type handle, unsigned 
         if (late >= static_cast<long>(timeout_ms))
             return QMI_TIMEOUT_ERR;
     }
-    if (indications_wait())
+    if (Framework::instance().indications_under_way())
         Framework::instance().deliver_waiting();
     log_message(*client, 2, transaction, msg_id, answer);
     return decode_message(client->service, QMI_IDL_RESPONSE, msg_id, answer, resp)

@@ -22,7 +22,7 @@ Bytes failure(uint16_t error) { return TlvWriter().result(error).take(); }
 Bytes set_feature(const TlvReader& request) {
     const std::optional<uint64_t> feature = request.number(0x01);
     std::string flags;
-    for (const uint8_t type : {0x02, 0x03, 0x04}) {
+    for (const uint8_t type : std::initializer_list<uint8_t>{0x02, 0x03, 0x04}) {
         const std::optional<uint64_t> flag = request.number(type);
         if (!feature || !flag)
             return failure(QMI_ERR_MISSING_ARG);

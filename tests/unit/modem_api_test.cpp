@@ -1,5 +1,6 @@
 #include "modem_api.h"
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -238,6 +239,39 @@ TEST_F(ModemApiTest, StatisticsOfSeveralIdsAndCountsAboveTheirArrays) {
     EXPECT_EQ(stats.count, 10u);
     EXPECT_EQ(stats.entries[9].data_len, 700u);
     EXPECT_EQ(stats.entries[9].data[699], 7);
+}
+
+/* Requests, restarts, and clients that come and go, all at once. */
+TEST_F(ModemApiTest, OperationsWhileClientsComeAndGo) {
+    put("restart_ms", "3");
+    std::atomic<bool> done{false};
+    std::vector<std::thread> others;
+    for (int i = 0; i < 2; ++i)
+        others.emplace_back([&done] {
+            uint32_t out[1781];
+            const uint32_t ids[] = {94};
+            while (!done) {
+                modem_api_get_stats_parameter(0, 0, 1, 1, ids, out);
+                modem_api_util_enable_networking_indications(1, 0);
+            }
+        });
+    for (int i = 0; i < 40; ++i) {
+        int32_t vs = -1, nas = -1;
+        EXPECT_EQ(new_client(CLIENT_KIND_VS, &vs), 0);
+        EXPECT_EQ(new_client(CLIENT_KIND_NAS_0, &nas), 0);
+        simphone::restart_modem();
+        std::this_thread::sleep_for(std::chrono::microseconds(i * 700));
+        std::thread freeing([vs] { modem_api_free_client(vs); });
+        EXPECT_EQ(modem_api_free_client(nas), 0);
+        EXPECT_EQ(modem_api_free_client(vs), 0);
+        freeing.join();
+        EXPECT_EQ(modem_api_release(), 0);
+        EXPECT_EQ(modem_api_init(), 0);
+    }
+    done = true;
+    for (std::thread& other : others)
+        other.join();
+    EXPECT_EQ(logged({"call qmi_client_release:none"}), 0);
 }
 
 /* ---- asynchronous responses ---- */
