@@ -232,6 +232,63 @@ TEST_F(ServiceClientTest, InitOfALiveClientLeavesNothingBehind) {
     expect_handles_balanced("vs_client");
 }
 
+/* ---- who waits for whom ---- */
+
+TEST_F(ServiceClientTest, ReleaseWaitsForACallbackUnderWay) {
+    static std::atomic<int> stage;
+    stage = 0;
+    statuses().clear([](int32_t status) {
+        if (status != CLIENT_SUSPENDED)
+            return;
+        stage = 1;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        stage = 2;
+    });
+    ASSERT_EQ(start_vs(), 1);
+    simphone::restart_modem();
+    while (stage == 0)
+        std::this_thread::yield();
+    vs_client_release();
+    EXPECT_EQ(stage, 2);
+    EXPECT_THAT(statuses().seen(), ElementsAre(1, 3, 4, 5, 0));
+}
+
+TEST_F(ServiceClientTest, ServiceThatGoesDownBeforeConnectedIsTold) {
+    statuses().clear([this](int32_t status) {
+        if (status != CLIENT_CONNECTED || logged({"service down with error -2"}) != 0)
+            return;
+        simphone::restart_modem();
+        wait_logged("service down with error -2");
+    });
+    ASSERT_EQ(start_vs(), 1);
+    ASSERT_TRUE(statuses().wait_for(6));
+    EXPECT_THAT(statuses().seen(), ElementsAre(1, 3, 4, 5, 6, 3));
+}
+
+TEST_F(ServiceClientTest, ServiceThatComesUpBeforeTheSuspensionIsOver) {
+    put("restart_ms", "100000");
+    statuses().clear([](int32_t status) {
+        if (status == CLIENT_SUSPENDED)
+            vs_client_service_up_event(nullptr, nullptr, QMI_CLIENT_SERVICE_COUNT_INC, nullptr);
+    });
+    ASSERT_EQ(start_vs(), 1);
+    simphone::restart_modem();
+    ASSERT_TRUE(statuses().wait_for(6));
+    EXPECT_THAT(statuses().seen(), ElementsAre(1, 3, 4, 5, 6, 7));
+}
+
+TEST_F(ServiceClientTest, HandleIsNotReleasedUnderARequest) {
+    ASSERT_EQ(start_vs(), 1);
+    put("faults", "qmi_client_send_msg_sync:vs.0x03 1 late 100\n");
+    std::thread request([] { EXPECT_EQ(set_feature(), QMI_NO_ERR); });
+    wait_logged("qmi vs req");
+    simphone::restart_modem();
+    ASSERT_TRUE(statuses().wait_for(4));
+    request.join();
+    const std::string log = get("log");
+    EXPECT_LT(log.find("qmi vs rsp"), log.find("call qmi_client_release:vs"));
+}
+
 /* ---- the instances ---- */
 
 TEST_F(ServiceClientTest, NasClientsBindAfterEachAttemptAndAskForIndications) {
