@@ -52,13 +52,16 @@ std::vector<Waiting> take_indications(const std::vector<std::string>& services) 
     return taken;
 }
 
-} // namespace
-
+/* True when files of waiting indications lie in the phone's folder ind. */
 bool indications_wait() {
     std::error_code error;
     const fs::directory_iterator it(root() / "ind", error);
     return !error && it != fs::directory_iterator();
 }
+
+} // namespace
+
+bool Framework::indications_under_way() { return indications_wait() || delivering_; }
 
 Framework& Framework::instance() {
     static Framework& framework = *new Framework;
@@ -204,6 +207,7 @@ void Framework::tell_services() {
 void Framework::tell_indications() {
     if (!indications_wait())
         return;
+    delivering_ = true; /* before the files go */
     const std::vector<std::shared_ptr<Client>> all = snapshot();
     std::vector<std::string> listening;
     for (const std::shared_ptr<Client>& client : all)
@@ -224,6 +228,7 @@ void Framework::tell_indications() {
                            static_cast<unsigned>(indication.tlvs.size()), client->ind_cb_data);
         }
     }
+    delivering_ = false;
 }
 
 } // namespace simphone

@@ -51,5 +51,7 @@ enum : uint32_t {
 std::unique_ptr<Service> make_vendor_service();
 std::unique_ptr<Service> make_uim_service();
 std::unique_ptr<Service> make_sar_service();
+std::unique_ptr<Service> make_nas_service();
+std::unique_ptr<Service> make_vs_service();
 
 } // namespace simphone
