@@ -123,7 +123,7 @@ TEST_F(VsIndicationsTest, BytesThatNobodyCanDecode) {
     put("ind/vs.0x0004", bytes({1, 4, 0, 1}));
     put("ind/vs.0x0204", bytes({1, 4, 0, 9, 0, 0, 0, 2, 2, 0, 101, 0}));
     put("ind/vs.0x0777", bytes({1, 1, 0, 1}));
-    put("ind/vs.0x0601", "");
+    put("ind/vs.0x0601", bytes({1}));
     connect();
     EXPECT_TRUE(events().empty());
     EXPECT_EQ(logged({"android 6 RAVEX vs_client_unsol_ind_cb: Indication decode failed for msg "
