@@ -43,6 +43,8 @@ TEST_F(DiagTest, TimeLimitsCountInTicks) {
     EXPECT_THAT(shown(dci, 70000), HasSubstr("Dci Command time = 700"));
 
     put("diag/silent", "1");
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(100)); /* no earlier wait thread's ticks */
     const Sent sent = send(dci, "\x7B", 99);
     EXPECT_EQ(sent.result, 1);
     EXPECT_THAT(sent.text, HasSubstr("Dci Command time = 0"));
