@@ -17,3 +17,6 @@ find_package(Threads REQUIRED)
 set(CMAKE_BUILD_WITH_INSTALL_RPATH OFF)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 add_link_options(LINKER:--enable-new-dtags)
+if(KVT_PLATFORM STREQUAL "device")
+  set(CMAKE_SKIP_RPATH ON) # a phone finds its own libraries
+endif()

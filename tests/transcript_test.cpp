@@ -62,18 +62,36 @@ class TranscriptTest : public testing::Test {
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
         dir_ = name;
         fs::create_directories(dir_ / "bin");
-        std::ofstream(dir_ / "bin" / "kvt")
-            << "#!/bin/sh\nexec ${KVT_EMULATOR:-} '" << KVT_PROGRAM << "' \"$@\"\n";
-        fs::permissions(dir_ / "bin" / "kvt", fs::perms::owner_all);
-        fs::remove_all(dir_ / "phone");
+        script("kvt", "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
+        script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
+        script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
+                         "LD_PRELOAD='" KVT_AT_REDIRECT "' "
+                         "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
         prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
-                  (dir_ / "bin").string() + "':\"$PATH\"; ";
+                  (dir_ / "bin").string() + "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
+        /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
+        const std::string report = "log_path=" + (dir_ / "report").string();
+        prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
+                   " TSAN_OPTIONS=atexit_sleep_ms=0:" + report + "; ";
         run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
         run("rm -f '" + (dir_ / "phone" / "log").string() + "'");
         prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
     }
 
+    /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment
+     * put another build in kvt's place. */
+    void script(const char* name, const std::string& line) {
+        std::ofstream(dir_ / "bin" / name) << "#!/bin/sh\n" << line << "\n";
+        fs::permissions(dir_ / "bin" / name, fs::perms::owner_all);
+    }
+
     void TearDown() override {
+        for (const fs::directory_entry& entry : fs::directory_iterator(dir_)) {
+            if (entry.path().filename().string().rfind("report", 0) != 0)
+                continue;
+            std::ifstream in(entry.path());
+            ADD_FAILURE() << std::string(std::istreambuf_iterator<char>(in), {});
+        }
         std::error_code ignored;
         fs::remove_all(dir_, ignored);
     }
@@ -134,13 +152,13 @@ class TranscriptTest : public testing::Test {
     std::string prefix_;
 };
 
-void register_files(const fs::path& folder, const std::string& extension) {
+void register_files(const char* suite, const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
         if (entry.path().extension() == extension)
             files.push_back(entry.path());
     for (const fs::path& file : files)
-        testing::RegisterTest("Transcript", file.stem().c_str(), nullptr, nullptr, __FILE__,
+        testing::RegisterTest(suite, file.stem().c_str(), nullptr, nullptr, __FILE__,
                               __LINE__, [file] { return new TranscriptTest(file); });
 }
 
@@ -148,6 +166,8 @@ void register_files(const fs::path& folder, const std::string& extension) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    register_files(fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    register_files("Transcript", fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    register_files("Document", fs::path(KVT_SOURCE_DIR) / "docs", ".md");
+    register_files("Document", fs::path(KVT_SOURCE_DIR), ".md");
     return RUN_ALL_TESTS();
 }

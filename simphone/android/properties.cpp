@@ -26,7 +26,10 @@ std::string stored(const char* key) {
 
 int property_get(const char* key, char* value, const char* default_value) {
     const std::optional<simphone::Fault> fault = simphone::platform_call("property_get", key);
-    std::string text = fault ? fault->argument : stored(key);
+    /* A property can't fail, only be missing, or be another. */
+    std::string text = !fault                                        ? stored(key)
+                       : fault->kind == simphone::Fault::Kind::reply ? fault->argument
+                                                                     : "";
     if (text.empty() && default_value != nullptr)
         text = default_value;
     text.resize(std::min<size_t>(text.size(), PROPERTY_VALUE_MAX - 1));

@@ -35,6 +35,9 @@ std::vector<Waiting> take_indications(const std::vector<std::string>& services) 
     std::sort(names.begin(), names.end());
     for (const fs::path& name : names) {
         const std::string text = name.string();
+        std::error_code ignored;
+        if (text.front() == '.' || fs::file_size(root() / "ind" / name, ignored) == 0)
+            continue; /* somebody is about to write it */
         const size_t dot = text.find('.');
         if (dot == std::string::npos ||
             std::find(services.begin(), services.end(), text.substr(0, dot)) == services.end())
@@ -49,13 +52,16 @@ std::vector<Waiting> take_indications(const std::vector<std::string>& services) 
     return taken;
 }
 
-} // namespace
-
+/* True when files of waiting indications lie in the phone's folder ind. */
 bool indications_wait() {
     std::error_code error;
     const fs::directory_iterator it(root() / "ind", error);
     return !error && it != fs::directory_iterator();
 }
+
+} // namespace
+
+bool Framework::indications_under_way() { return indications_wait() || delivering_; }
 
 Framework& Framework::instance() {
     static Framework& framework = *new Framework;
@@ -131,6 +137,11 @@ std::vector<std::shared_ptr<Client>> Framework::snapshot() {
     return all;
 }
 
+bool Framework::registered(const Client& client) const {
+    const auto it = clients_.find(reinterpret_cast<uintptr_t>(client.handle));
+    return it != clients_.end() && it->second.get() == &client;
+}
+
 void Framework::look() {
     tell_restart();
     tell_services();
@@ -144,8 +155,8 @@ void Framework::tell_restart() {
         void* data = nullptr;
         {
             const std::lock_guard guard(mutex_);
-            if (client->notifier || client->told_gone || client->born == restarts ||
-                client->error_cb == nullptr)
+            if (!registered(*client) || client->notifier || client->told_gone ||
+                client->born == restarts || client->error_cb == nullptr)
                 continue;
             client->told_gone = true;
             cb = client->error_cb;
@@ -159,34 +170,44 @@ void Framework::tell_services() {
     for (const std::shared_ptr<Client>& client : snapshot()) {
         if (!client->notifier)
             continue;
+        const uint32_t restarts = restart_count();
         const bool up = service_up(client->service->service_id);
+        std::vector<qmi_client_notify_event_type> events;
         qmi_client_notify_cb cb = nullptr;
         void* data = nullptr;
         {
             const std::lock_guard guard(mutex_);
             /* Released in the meantime: its OS parameters may be gone. */
-            if (clients_.count(reinterpret_cast<uintptr_t>(client->handle)) == 0)
+            if (!registered(*client))
                 continue;
-            if (up && client->os_params != nullptr) {
+            if (client->os_params != nullptr) {
                 pthread_mutex_lock(&client->os_params->mutex);
-                client->os_params->sig_set = 1;
-                pthread_cond_broadcast(&client->os_params->cond);
+                client->os_params->sig_set = up ? 1 : 0;
+                if (up)
+                    pthread_cond_broadcast(&client->os_params->cond);
                 pthread_mutex_unlock(&client->os_params->mutex);
             }
-            if (client->notify_cb == nullptr || up == client->told_up)
+            if (client->notify_cb == nullptr)
                 continue;
+            /* A restart that was over before it was seen is told all the same. */
+            if (client->told_up && (!up || client->told_restarts != restarts))
+                events.push_back(QMI_CLIENT_SERVICE_COUNT_DEC);
+            if (up && (!client->told_up || client->told_restarts != restarts))
+                events.push_back(QMI_CLIENT_SERVICE_COUNT_INC);
             client->told_up = up;
+            client->told_restarts = restarts;
             cb = client->notify_cb;
             data = client->notify_cb_data;
         }
-        cb(client->handle, client->service,
-           up ? QMI_CLIENT_SERVICE_COUNT_INC : QMI_CLIENT_SERVICE_COUNT_DEC, data);
+        for (const qmi_client_notify_event_type event : events)
+            cb(client->handle, client->service, event, data);
     }
 }
 
 void Framework::tell_indications() {
     if (!indications_wait())
         return;
+    delivering_ = true; /* before the files go */
     const std::vector<std::shared_ptr<Client>> all = snapshot();
     std::vector<std::string> listening;
     for (const std::shared_ptr<Client>& client : all)
@@ -194,12 +215,20 @@ void Framework::tell_indications() {
             listening.push_back(service_name(client->service->service_id));
     for (Waiting& indication : take_indications(listening)) {
         log_line("qmi", "ind " + indication.service + " " + to_hex(indication.tlvs));
-        for (const std::shared_ptr<Client>& client : all)
-            if (client->ind_cb != nullptr &&
-                service_name(client->service->service_id) == indication.service)
-                client->ind_cb(client->handle, indication.msg_id, indication.tlvs.data(),
-                               static_cast<unsigned>(indication.tlvs.size()), client->ind_cb_data);
+        for (const std::shared_ptr<Client>& client : all) {
+            if (client->ind_cb == nullptr ||
+                service_name(client->service->service_id) != indication.service)
+                continue;
+            {
+                const std::lock_guard guard(mutex_);
+                if (!registered(*client))
+                    continue;
+            }
+            client->ind_cb(client->handle, indication.msg_id, indication.tlvs.data(),
+                           static_cast<unsigned>(indication.tlvs.size()), client->ind_cb_data);
+        }
     }
+    delivering_ = false;
 }
 
 } // namespace simphone

@@ -2,6 +2,7 @@
  * tells them of restarts, services and indications. */
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -25,9 +26,9 @@ struct Client {
     bool notifier = false;
 
     std::unique_ptr<Service> modem_side; /* guarded by the phone's lock and exchange */
-    std::mutex exchange;                 /* one exchange at a time */
-    uint16_t transaction = 0;
-    uint32_t born = 0; /* restarts of the modem before this client */
+    std::mutex exchange;                 /* one request at a time in the modem */
+    uint16_t transaction = 0;            /* guarded by exchange */
+    uint32_t born = 0;                   /* restarts of the modem before this client */
 
     /* Guarded by the framework's mutex. */
     qmi_client_ind_cb ind_cb = nullptr;
@@ -38,6 +39,7 @@ struct Client {
     void* notify_cb_data = nullptr;
     bool told_gone = false;
     bool told_up = false;
+    uint32_t told_restarts = 0; /* restarts of the modem when told_up was true last */
 };
 
 /* Never destroyed: its thread may still run when the process ends. */
@@ -58,6 +60,9 @@ class Framework {
      * Does nothing on the framework's own thread. */
     void deliver_waiting();
 
+    /* True while indications wait in the phone's folder ind or are being delivered. */
+    bool indications_under_way();
+
   private:
     Framework() = default;
     void start_thread();
@@ -67,6 +72,7 @@ class Framework {
     void tell_services();
     void tell_indications();
     std::vector<std::shared_ptr<Client>> snapshot();
+    bool registered(const Client& client) const; /* the mutex is held */
 
     std::mutex mutex_;
     std::condition_variable wake_;
@@ -77,9 +83,7 @@ class Framework {
     std::thread::id thread_id_;
     uint64_t asked_ = 0;
     uint64_t rounds_ = 0;
+    std::atomic<bool> delivering_{false};
 };
-
-/* True when files of waiting indications lie in the phone's folder ind. */
-bool indications_wait();
 
 } // namespace simphone

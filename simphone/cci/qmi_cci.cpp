@@ -59,6 +59,9 @@ int make_client(qmi_idl_service_object_type service, qmi_client_ind_cb ind_cb, v
                 qmi_client_os_params* os_params, qmi_client_type* out) {
     if (service == nullptr || out == nullptr)
         return QMI_CLIENT_PARAM_ERR;
+    /* A restart comes before the client or after it, never in between: a client that was made for
+     * a modem that is going down must be told so. */
+    const Lock lock;
     if (!service_up(service->service_id))
         return QMI_SERVICE_ERR;
     const auto client = std::make_shared<Client>();
@@ -80,10 +83,11 @@ std::string message_name(const Client& client, unsigned msg_id) {
 }
 
 /* The message as it crosses: header (control flag, transaction, message id, length) and TLVs. */
-void log_message(const Client& client, uint8_t control_flag, unsigned msg_id, ByteView tlvs) {
+void log_message(const Client& client, uint8_t control_flag, uint16_t transaction, unsigned msg_id,
+                 ByteView tlvs) {
     Bytes message;
     put_le(message, control_flag, 1);
-    put_le(message, client.transaction, 2);
+    put_le(message, transaction, 2);
     put_le(message, msg_id, 2);
     put_le(message, tlvs.size(), 2);
     message.insert(message.end(), tlvs.begin(), tlvs.end());
@@ -227,14 +231,17 @@ qmi_client_error_type qmi_client_send_msg_sync(qmi_client_type handle, unsigned 
     if (!request)
         return QMI_CLIENT_PARAM_ERR;
 
-    const std::lock_guard exchange(client->exchange);
     Bytes answer;
+    uint16_t transaction = 0;
     {
+        /* Not longer than the modem has the request: an indication that is delivered below may
+         * make its handler send one more. */
+        const std::lock_guard exchange(client->exchange);
         const Lock lock;
         if (!service_up(client->service->service_id) || client->born != restart_count())
             return QMI_SERVICE_ERR;
-        ++client->transaction;
-        log_message(*client, 0, msg_id, *request);
+        transaction = ++client->transaction;
+        log_message(*client, 0, transaction, msg_id, *request);
         if (answered)
             answer = from_hex(fault->argument);
         else
@@ -252,9 +259,9 @@ qmi_client_error_type qmi_client_send_msg_sync(qmi_client_type handle, unsigned 
         if (late >= static_cast<long>(timeout_ms))
             return QMI_TIMEOUT_ERR;
     }
-    if (indications_wait())
+    if (Framework::instance().indications_under_way())
         Framework::instance().deliver_waiting();
-    log_message(*client, 2, msg_id, answer);
+    log_message(*client, 2, transaction, msg_id, answer);
     return decode_message(client->service, QMI_IDL_RESPONSE, msg_id, answer, resp)
                ? QMI_NO_ERR
                : QMI_INTERNAL_ERR;
@@ -316,7 +323,8 @@ qmi_client_error_type qmi_client_release(qmi_client_type handle) {
 }
 
 void qmi_cci_os_signal_wait(qmi_client_os_params* params, unsigned int timeout_ms) {
-    platform_call("qmi_cci_os_signal_wait");
+    if (call_result(platform_call("qmi_cci_os_signal_wait")) != QMI_NO_ERR)
+        return;
     if (params == nullptr)
         return;
     struct timespec until {};

@@ -1,12 +1,73 @@
 /* Service object of the SAR service. */
-#include "qmi_common.h"
+#include <iterator>
+
+#include "idl_check.h"
+#include "qmi_sar.h"
 
 namespace {
 
-const qmi_idl_type_table_object types = {0, 0, 0, nullptr, nullptr, nullptr, nullptr};
+enum : uint8_t { type_response };
+
+// clang-format off
+constexpr uint8_t response_type[] = {
+    QMI_IDL_2_BYTE_ENUM, offsetof(qmi_response_type_v01, result),
+    QMI_IDL_2_BYTE_ENUM, offsetof(qmi_response_type_v01, error),
+    QMI_IDL_TYPE_END,
+};
+
+constexpr qmi_idl_type_table_entry types[] = {
+    {sizeof(qmi_response_type_v01), response_type},
+};
+
+/* One TLV a row. */
+constexpr uint8_t rf_get_state_resp[] = {
+    0x02, QMI_IDL_AGGREGATE, offsetof(sar_rf_get_state_resp_v01, resp), type_response, 0,
+    QMI_IDL_TLV_LAST | QMI_IDL_TLV_OPTIONAL | 4, 0x10,
+        QMI_IDL_4_BYTE, offsetof(sar_rf_get_state_resp_v01, state),
+};
+// clang-format on
+
+enum : uint16_t { msg_nothing, msg_rf_get_state_resp };
+
+constexpr qmi_idl_message_table_entry messages[] = {
+    {0, nullptr},
+    {sizeof(sar_rf_get_state_resp_v01), rf_get_state_resp},
+};
+
+/* Message id, message, most bytes on the wire. */
+constexpr qmi_idl_service_message_table_entry requests[] = {
+    {QMI_SAR_RF_GET_STATE, msg_nothing, 0},
+};
+
+constexpr qmi_idl_service_message_table_entry responses[] = {
+    {QMI_SAR_RF_GET_STATE, msg_rf_get_state_resp, 14},
+};
+
+static_assert(idl_rows_sound(types, messages, requests));
+static_assert(idl_rows_sound(types, messages, responses));
+
+extern const qmi_idl_type_table_object type_table;
+const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
+const qmi_idl_type_table_object type_table = {
+    std::size(types),
+    std::size(messages),
+    std::size(referenced_tables),
+    types,
+    messages,
+    referenced_tables,
+    nullptr,
+};
 
 } // namespace
 
 const struct qmi_idl_service_object sar_qmi_idl_service_object_v01 = {
-    QMI_IDL_LIBRARY_VERSION,     1,      17, 512,    {0, 0, 0},
-    {nullptr, nullptr, nullptr}, &types, 14, nullptr};
+    QMI_IDL_LIBRARY_VERSION,
+    1,
+    QMI_SAR_SERVICE,
+    512,
+    {std::size(requests), std::size(responses), 0},
+    {requests, responses, nullptr},
+    &type_table,
+    14,
+    nullptr,
+};

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "modem/card_requests.h"
+#include "modem/maintenance.h"
+#include "modem/stats_debug_info.h"
+
 namespace simphone {
 
 namespace {
@@ -20,9 +24,19 @@ struct TypedRow {
 };
 
 /* Types that change or tell something; any other succeeds with an empty reply. */
+// clang-format off
 constexpr TypedRow typed_rows[] = {
-    {0, nullptr},
+    {31, typed_restart},
+    {35, typed_nv_sync},
+    {39, card_status_query},
+    {55, card_status_get},
+    {56, card_type_query},
+    {57, card_status_set},
+    {80, card_hotswap},
+    {84, esim_switch},
+    {99, typed_full_dump},
 };
+// clang-format on
 
 Bytes typed_request(ByteView request) {
     const auto type = static_cast<uint32_t>(get_le(request.subspan(8), 4));
@@ -31,7 +45,7 @@ Bytes typed_request(ByteView request) {
     Bytes reply;
     int32_t result = 0;
     for (const TypedRow& row : typed_rows)
-        if (row.type == type && row.handle != nullptr)
+        if (row.type == type)
             result = row.handle(rest.first(std::min(length, rest.size())), reply);
     Bytes bytes;
     put_le(bytes, record_typed, 4);
@@ -50,14 +64,17 @@ struct RecordRow {
 };
 
 constexpr RecordRow record_rows[] = {
-    {0, nullptr},
+    {0, record_gpio_test},
+    {1, record_tx_antenna},
+    {20, stats_debug_info},
+    {27, stats_not_supported_logs},
 };
 
 Bytes plain_request(uint32_t kind, ByteView request) {
     Bytes reply;
     int32_t result = 0;
     for (const RecordRow& row : record_rows)
-        if (row.kind == kind && row.handle != nullptr)
+        if (row.kind == kind)
             result = row.handle(request.subspan(record_head), reply);
     Bytes bytes;
     put_le(bytes, kind, 4);

@@ -9,16 +9,6 @@ namespace simphone {
 
 namespace {
 
-/* A service that is there and knows no message. */
-class EmptyService : public Service {
-  public:
-    Bytes handle(uint16_t, const TlvReader&) override {
-        return TlvWriter().result(QMI_ERR_INVALID_QMI_CMD).take();
-    }
-};
-
-std::unique_ptr<Service> make_empty_service() { return std::make_unique<EmptyService>(); }
-
 struct ServiceRow {
     uint32_t id;
     const char* name;
@@ -26,9 +16,11 @@ struct ServiceRow {
 };
 
 constexpr ServiceRow services[] = {
-    {service_vendor, "vendor", make_vendor_service}, {service_uim, "uim", make_empty_service},
-    {service_sar, "sar", make_empty_service},        {service_nas, "nas", make_empty_service},
-    {service_vs, "vs", make_empty_service},
+    {service_vendor, "vendor", make_vendor_service},
+    {service_uim, "uim", make_uim_service},
+    {service_sar, "sar", make_sar_service},
+    {service_nas, "nas", make_nas_service},
+    {service_vs, "vs", make_vs_service},
 };
 
 const ServiceRow* find_service(uint32_t id) {

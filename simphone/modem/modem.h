@@ -49,5 +49,9 @@ enum : uint32_t {
 
 /* One function per service, in the source named for it. */
 std::unique_ptr<Service> make_vendor_service();
+std::unique_ptr<Service> make_uim_service();
+std::unique_ptr<Service> make_sar_service();
+std::unique_ptr<Service> make_nas_service();
+std::unique_ptr<Service> make_vs_service();
 
 } // namespace simphone

@@ -51,7 +51,7 @@ fs::path nv_file(uint32_t sub, uint32_t id) {
 /* Nothing when the path would leave the subscription's folder. */
 std::optional<fs::path> efs_file(uint32_t sub, const std::string& path) {
     const fs::path relative = fs::path(path).relative_path();
-    if (sub >= subscriptions || relative.empty() || path.find('\0') != std::string::npos ||
+    if (sub >= subscriptions || !relative.has_filename() || path.find('\0') != std::string::npos ||
         std::any_of(relative.begin(), relative.end(), [](const fs::path& p) { return p == ".."; }))
         return std::nullopt;
     return fs::path("efs") / std::to_string(sub) / relative;
@@ -138,7 +138,7 @@ Bytes NvEfs::read_chunk(uint32_t sub, const std::string& path, uint32_t offset) 
         std::optional<Bytes> content = read_efs_file(sub, path);
         if (!content)
             return response(-errno);
-        reading_ = File{sub, path, std::move(*content)};
+        reading_ = File{sub, path, std::move(*content), 0};
     }
     const ByteView content(reading_->content);
     const ByteView rest = content.subspan(std::min<size_t>(offset, content.size()));
@@ -152,11 +152,12 @@ Bytes NvEfs::write_chunk(uint32_t sub, const std::string& path, uint16_t instanc
             return response(-EINVAL);
         instance = next_instance_;
         next_instance_ = static_cast<uint16_t>((next_instance_ + 1) % new_instance);
-        writing_[instance] = File{sub, path, {}};
+        writing_[instance] = File{sub, path, {}, total};
     }
     const auto it = writing_.find(instance);
     if (it == writing_.end() || it->second.sub != sub || it->second.path != path ||
-        it->second.content.size() != offset || chunk.size() > total - offset)
+        it->second.total != total || it->second.content.size() != offset ||
+        chunk.size() > total - offset)
         return response(-EINVAL);
     Bytes& content = it->second.content;
     content.insert(content.end(), chunk.begin(), chunk.end());

@@ -49,6 +49,7 @@ class NvEfs {
         uint32_t sub;
         std::string path;
         Bytes content;
+        uint32_t total; /* of a write, as its first chunk says */
     };
     std::optional<File> reading_;
     std::map<uint16_t, File> writing_; /* by instance id */

@@ -5,6 +5,7 @@
 
 #include "modem/common_requests.h"
 #include "modem/nvefs.h"
+#include "phone/phone.h"
 
 namespace simphone {
 
@@ -33,8 +34,12 @@ class VendorService : public Service {
         switch (kind) {
         case kind_nvefs:
             return response(0, nvefs_.handle(data));
-        case kind_common:
-            return response(0, common_request(data));
+        case kind_common: {
+            take_storage_error();
+            const Bytes answer = common_request(data);
+            /* Most senders look at nothing else: what could not be stored must not look done. */
+            return response(static_cast<uint32_t>(take_storage_error()), answer);
+        }
         default:
             return response(0, Bytes(data.begin(), data.end()));
         }

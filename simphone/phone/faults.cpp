@@ -34,11 +34,11 @@ bool matches(const std::string& pattern, const std::string& call, const std::str
             ::fnmatch(pattern.c_str(), call.c_str(), 0) == 0);
 }
 
-/* Calls that matched each rule so far in this process, by the rule's line. Never destroyed:
- * framework threads may still count when the process ends. */
+/* Calls that matched each rule so far in this process, by the rule's line and place. Never
+ * destroyed: framework threads may still count when the process ends. */
 struct Counts {
     std::mutex mutex;
-    std::map<std::string, long> seen;
+    std::map<std::pair<size_t, std::string>, long> seen;
 };
 
 Counts& counts() {
@@ -64,13 +64,14 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
     std::optional<Fault> found;
     std::istringstream lines(std::string(rules->begin(), rules->end()));
     const std::lock_guard guard(counts().mutex);
-    for (std::string line; std::getline(lines, line);) {
+    size_t place = 0;
+    for (std::string line; std::getline(lines, line); ++place) {
         std::istringstream words(line.substr(0, line.find('#')));
         std::string pattern, when, action;
         if (!(words >> pattern >> when >> action) || !matches(pattern, call, name))
             continue;
         const std::optional<Fault::Kind> kind = kind_of(action);
-        const long nth = ++counts().seen[line];
+        const long nth = ++counts().seen[{place, line}];
         if (!kind || found || (when != "*" && std::strtol(when.c_str(), nullptr, 10) != nth))
             continue;
         std::string argument;

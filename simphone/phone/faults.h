@@ -26,7 +26,7 @@ struct Fault {
         lengthy, /* "long": 64 bytes too many */
         garbage, /* an answer of the right length with wrong bytes */
         restart, /* the modem restarts in the middle of the call */
-        reply,   /* the argument, hex bytes, is the answer; nothing reaches the modem */
+        reply,   /* the argument is the answer: hex bytes, of a property its text */
     };
     Kind kind;
     std::string argument;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -50,29 +51,62 @@ bool write_all(int fd, const uint8_t* data, size_t size) {
     return true;
 }
 
-/* What lies on a phone that has just been made: an IMEI for each subscription. */
+/* What a phone without NV items gets: an IMEI for each subscription. */
 void seed(const fs::path& dir) {
     static constexpr uint8_t imei[2][9] = {
         {0x08, 0x4A, 0x09, 0x51, 0x24, 0x30, 0x32, 0x57, 0x81},
         {0x08, 0x4A, 0x09, 0x51, 0x24, 0x30, 0x32, 0x57, 0x99},
     };
+    const fs::path aside = dir / (".nv." + std::to_string(::getpid()));
     std::error_code ignored;
     for (int sub = 0; sub < 2; ++sub) {
         const std::string name = std::to_string(sub);
         fs::create_directories(dir / "efs" / name, ignored);
-        fs::create_directories(dir / "nv" / name, ignored);
-        Fd item(dir / "nv" / name / "550", O_WRONLY | O_CREAT | O_EXCL);
+        fs::create_directories(aside / name, ignored);
+        const Fd item(aside / name / "550", O_WRONLY | O_CREAT);
         if (item.ok())
             write_all(item.get(), imei[sub], sizeof imei[sub]);
     }
+    /* Nobody meets it half done. */
+    if (::rename(aside.c_str(), (dir / "nv").c_str()) != 0)
+        fs::remove_all(aside, ignored);
 }
 
 thread_local int lock_depth = 0;
 thread_local int lock_fd = -1;
+thread_local int storage_error = 0;
 
-} // namespace
+/* Notes a failed change of the phone. */
+int changed(int error) {
+    if (error != 0 && error != ENOENT)
+        storage_error = error;
+    return error;
+}
 
-fs::path root() {
+int write_aside(const fs::path& target, ByteView bytes) {
+    std::error_code error;
+    fs::create_directories(target.parent_path(), error);
+    if (error)
+        return error.value();
+    /* One name for all that is written aside: under the lock there is one writer, and what a killed
+     * one left is taken over by the next. */
+    const fs::path aside = root() / ".aside";
+    int failed = 0;
+    {
+        const Fd file(aside, O_WRONLY | O_CREAT | O_TRUNC);
+        if (!file.ok())
+            return errno;
+        if (!write_all(file.get(), bytes.data(), bytes.size()))
+            failed = errno;
+    }
+    if (failed == 0 && ::rename(aside.c_str(), target.c_str()) != 0)
+        failed = errno;
+    if (failed != 0)
+        ::unlink(aside.c_str());
+    return failed;
+}
+
+fs::path named_root() {
     if (const char* phone = std::getenv("KVT_PHONE"); phone != nullptr && *phone != '\0')
         return phone;
     if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state != '\0')
@@ -81,11 +115,24 @@ fs::path root() {
     return fs::path(home != nullptr ? home : "/") / ".local" / "state" / "kvt" / "phone";
 }
 
+} // namespace
+
+fs::path root() {
+    /* Without a slash or dot at the end, since names are made of it. */
+    fs::path dir = named_root().lexically_normal();
+    return dir.has_filename() ? dir : dir.parent_path();
+}
+
 bool usable() {
     const fs::path dir = root();
     struct stat info {};
-    if (::stat(dir.c_str(), &info) == 0)
-        return S_ISDIR(info.st_mode);
+    if (::stat(dir.c_str(), &info) == 0) {
+        if (!S_ISDIR(info.st_mode))
+            return false;
+        if (::stat((dir / "nv").c_str(), &info) != 0)
+            seed(dir);
+        return true;
+    }
     /* Made aside and renamed, so that nobody meets a phone that is only half seeded. */
     const fs::path aside = dir.string() + ".new." + std::to_string(::getpid());
     std::error_code error;
@@ -101,7 +148,10 @@ bool usable() {
 Lock::Lock() {
     if (lock_depth++ > 0 || !usable())
         return;
-    lock_fd = ::open((root() / ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    const fs::path file = root() / ".lock";
+    lock_fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (lock_fd < 0) /* another user's: it can be held all the same */
+        lock_fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     while (lock_fd >= 0 && ::flock(lock_fd, LOCK_EX) != 0 && errno == EINTR) {
     }
 }
@@ -112,6 +162,8 @@ Lock::~Lock() {
     ::close(lock_fd);
     lock_fd = -1;
 }
+
+bool Lock::held() const { return lock_fd >= 0; }
 
 std::optional<Bytes> read_file(const fs::path& name) {
     const Fd file(root() / name, O_RDONLY);
@@ -138,32 +190,7 @@ std::optional<Bytes> read_file(const fs::path& name) {
 
 int write_file(const fs::path& name, ByteView bytes) {
     const Lock lock;
-    if (!usable())
-        return ENOENT;
-    const fs::path target = root() / name;
-    std::error_code error;
-    fs::create_directories(target.parent_path(), error);
-    if (error)
-        return error.value();
-    /* One name for all that is written aside: under the lock there is one writer, and what a killed
-     * one left is taken over by the next. */
-    const fs::path aside = root() / ".aside";
-    {
-        const Fd file(aside, O_WRONLY | O_CREAT | O_TRUNC);
-        if (!file.ok())
-            return errno;
-        if (!write_all(file.get(), bytes.data(), bytes.size())) {
-            const int failed = errno;
-            ::unlink(aside.c_str());
-            return failed;
-        }
-    }
-    if (::rename(aside.c_str(), target.c_str()) != 0) {
-        const int failed = errno;
-        ::unlink(aside.c_str());
-        return failed;
-    }
-    return 0;
+    return changed(lock.held() ? write_aside(root() / name, bytes) : EROFS);
 }
 
 int write_text(const fs::path& name, const std::string& text) {
@@ -173,16 +200,26 @@ int write_text(const fs::path& name, const std::string& text) {
 
 int remove_file(const fs::path& name) {
     const Lock lock;
-    return ::unlink((root() / name).c_str()) == 0 ? 0 : errno;
+    if (!lock.held())
+        return changed(EROFS);
+    return changed(::unlink((root() / name).c_str()) == 0 ? 0 : errno);
 }
 
+int take_storage_error() { return std::exchange(storage_error, 0); }
+
 std::string setting(const fs::path& name, const std::string& default_text) {
-    const std::optional<Bytes> bytes = read_file(name);
-    if (!bytes) {
-        if (usable())
+    std::optional<Bytes> bytes = read_file(name);
+    if (!bytes && errno == ENOENT && usable()) {
+        const Lock lock; /* another may just have made it */
+        bytes = read_file(name);
+        if (!bytes && errno == ENOENT) {
+            const int before = storage_error;
             write_text(name, default_text);
-        return default_text;
+            storage_error = before; /* a phone that can't be written has the default all the same */
+        }
     }
+    if (!bytes)
+        return default_text;
     const std::string text(bytes->begin(), bytes->end());
     const size_t first = text.find_first_not_of(" \t\r\n");
     if (first == std::string::npos)

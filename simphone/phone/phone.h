@@ -19,12 +19,13 @@ std::filesystem::path root();
  */
 bool usable();
 
-/* Holds the phone for this thread; may be nested. Where the phone can't be written it holds
- * nothing. */
+/* Holds the phone for this thread; may be nested. A phone that can't be written may have no lock
+ * file to hold: then held() is false, and nothing is written. */
 class Lock {
   public:
     Lock();
     ~Lock();
+    bool held() const;
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 };
@@ -36,7 +37,13 @@ int write_file(const std::filesystem::path& name, ByteView bytes);
 int write_text(const std::filesystem::path& name, const std::string& text);
 int remove_file(const std::filesystem::path& name);
 
-/* A setting: the file's text without blanks around it. A missing file is made with the default. */
+/* The errno value of the last write or removal that failed in this thread, other than for a missing
+ * file, since it was asked last; 0 when there was none. For requests whose answer has no room for
+ * it. */
+int take_storage_error();
+
+/* A setting: the file's text without blanks around it. A missing file is made with the default; one
+ * that is there but can't be read counts as the default and stays. */
 std::string setting(const std::filesystem::path& name, const std::string& default_text);
 long setting_number(const std::filesystem::path& name, long default_value);
 

@@ -9,9 +9,19 @@
 #include <string>
 #include <string_view>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 class PhoneTest : public testing::Test {
+  public:
+    /* Runs action and returns what it printed on standard output. */
+    template <typename Action> static std::string printed(Action action) {
+        testing::internal::CaptureStdout();
+        action();
+        std::fflush(stdout);
+        return testing::internal::GetCapturedStdout();
+    }
+
   protected:
     PhoneTest() {
         std::string name = testing::TempDir() + "kvt-phone-XXXXXX";
@@ -52,14 +62,6 @@ class PhoneTest : public testing::Test {
             count += all ? 1 : 0;
         }
         return count;
-    }
-
-    /* Runs action and returns what it printed on standard output. */
-    template <typename Action> static std::string printed(Action action) {
-        testing::internal::CaptureStdout();
-        action();
-        std::fflush(stdout);
-        return testing::internal::GetCapturedStdout();
     }
 
   private:

@@ -1,4 +1,5 @@
 /* kvt GROUP SUB [ARGUMENTS...]: one modem command a run. The exit status is always 0. */
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -43,6 +44,8 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    /* A reader that goes away ends neither the command nor the promise of status 0. */
+    std::signal(SIGPIPE, SIG_IGN);
     run(argc, argv);
     std::fflush(stdout);
     return 0;

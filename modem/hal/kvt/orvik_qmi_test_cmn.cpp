@@ -4,9 +4,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
+#include <string>
+
+#include <unistd.h>
 
 #include "converters.h"
 #include "dispatch.h"
+#include "esim.h"
 #include "handlers.h"
 #include "help.h"
 #include "log_lines.h"
@@ -14,6 +19,7 @@
 #include "orvik_diag_send.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
+#include "orvik_extend_nvefs.h"
 #include "print_data.h"
 
 /* ==== group 6: raw vendor QMI send ==== */
@@ -155,11 +161,6 @@ int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
 
 namespace {
 
-int not_built_yet(const char* name) {
-    std::printf("%s is not built yet\n", name);
-    return 0;
-}
-
 constexpr int diag_first_byte = 6;
 constexpr size_t diag_command_size = 4096;
 constexpr uint32_t diag_response_size = 10240;
@@ -233,16 +234,341 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
 
 /* ==== group 5: card, SAR ==== */
 
-int orvik_cmn_card_status_query(int, char**) { return not_built_yet(__func__); }
-int orvik_cmn_card_status_get(int, char**) { return not_built_yet(__func__); }
-int orvik_cmn_card_status_set(int, char**) { return not_built_yet(__func__); }
-int orvik_cmn_card_type_query(int, char**) { return not_built_yet(__func__); }
-int orvik_cmn_test_get_sar_dsi(int, char**) { return not_built_yet(__func__); }
-int orvik_cmn_card_hotswap_test(int, char**) { return not_built_yet(__func__); }
+/* Typed commands of the modem. */
+enum {
+    CMD_CARD_STATUS_QUERY = 39,
+    CMD_CARD_STATUS_GET = 55,
+    CMD_CARD_TYPE_QUERY = 56,
+    CMD_CARD_STATUS_SET = 57,
+    CMD_CARD_HOTSWAP_TEST = 80,
+    CMD_ESIM_SWITCH = 84,
+};
+
+constexpr int cmn_first_value = 3;
+constexpr size_t cmn_max_values = 100;
+
+void say(const char* line) {
+    if (orvik_stdout_print_on())
+        std::puts(line);
+}
+
+/* Sends a typed command with count numbers, the arguments from the third on, as kept(number). */
+template <typename Kept> int send_numbers(int type, int count, int argc, char** argv, Kept kept) {
+    const bool print = orvik_stdout_print_on();
+    if (argc != count + cmn_first_value) {
+        if (print)
+            std::printf(NOTE_NEED_INPUTS, count + cmn_first_value);
+        return ORVIK_USAGE_ERROR;
+    }
+    if (print)
+        std::printf("param(cnt: %d):\n", count);
+    std::array<uint32_t, cmn_max_values> values{};
+    for (int i = 0; i < count; ++i) {
+        const int value = kept(std::atoi(argv[cmn_first_value + i]));
+        values[static_cast<size_t>(i)] = static_cast<uint32_t>(value);
+        if (print)
+            std::printf(" %d", value);
+    }
+    if (print)
+        std::putchar('\n');
+    char payload[sizeof values];
+    std::memcpy(payload, values.data(), sizeof payload);
+    return orvik_cmn_cmd_send(type, static_cast<unsigned>(count) * sizeof(uint32_t), payload);
+}
+
+/* Each number as 0 or 1. */
+int orvik_cmn_card_status_cmd(int type, int count, int argc, char** argv) {
+    return send_numbers(type, count, argc, argv, [](int value) { return value != 0 ? 1 : 0; });
+}
+
+/* The numbers as typed. */
+int orvik_cmn_card_status_cmd_ex(int type, int count, int argc, char** argv) {
+    return send_numbers(type, count, argc, argv, [](int value) { return value; });
+}
+
+int orvik_cmn_card_status_query(int argc, char** argv) {
+    say("orvik_cmn_card_status_query");
+    return orvik_cmn_card_status_cmd(CMD_CARD_STATUS_QUERY, 0, argc, argv);
+}
+
+int orvik_cmn_card_status_get(int argc, char** argv) {
+    ORVIK_DBG("orvik_cmn_card_status_get\n");
+    return orvik_cmn_card_status_cmd(CMD_CARD_STATUS_GET, 1, argc, argv);
+}
+
+int orvik_cmn_card_status_set(int argc, char** argv) {
+    ORVIK_DBG("orvik_cmn_card_status_set\n");
+    return orvik_cmn_card_status_cmd(CMD_CARD_STATUS_SET, 3, argc, argv);
+}
+
+int orvik_cmn_card_type_query(int argc, char** argv) {
+    say("orvik_cmn_card_type_query");
+    return orvik_cmn_card_status_cmd(CMD_CARD_TYPE_QUERY, 0, argc, argv);
+}
+
+int orvik_cmn_test_get_sar_dsi(int, char**) {
+    /* With the flag off nobody would see the value: the modem is not asked. */
+    if (orvik_stdout_print_on())
+        std::printf("SAR DSI: %d\n", orvik_get_sar_dsi());
+    return 0;
+}
+
+int orvik_cmn_card_hotswap_test(int argc, char** argv) {
+    const bool print = orvik_stdout_print_on();
+    say("orvik_cmn_card_hotswap_test");
+    if (argc <= cmn_first_value) {
+        if (print)
+            std::printf(NOTE_NEED_INPUTS_AT_LEAST, cmn_first_value + 1);
+        return ORVIK_USAGE_ERROR;
+    }
+    const int opt = std::atoi(argv[cmn_first_value]);
+    if (print)
+        std::printf("opt: %d\n", opt);
+    if (opt != 0)
+        return orvik_cmn_card_status_cmd_ex(CMD_CARD_HOTSWAP_TEST, 4, argc, argv);
+    constexpr char stop[sizeof(uint32_t)] = {};
+    return orvik_cmn_cmd_send(CMD_CARD_HOTSWAP_TEST, sizeof stop, stop);
+}
 
 /* ==== group 5: eSIM ==== */
 
-int orvik_cmn_esim_test(int, char**) { return not_built_yet(__func__); }
+constexpr uint8_t esim_slot = 2;
+constexpr useconds_t eid_wait_us = 100000;
+constexpr int eid_tries_after_switch = 30;
+constexpr int eid_tries = 2;
+
+constexpr size_t eid_size = 16;
+constexpr size_t eid_digits = 2 * eid_size;
+constexpr const char* eid_path = "/nv/item_files/modem/uim/uimdrv/esim_eid";
+constexpr uint32_t eid_path_len = 40;
+static_assert(std::char_traits<char>::length(eid_path) == eid_path_len);
+constexpr uint32_t eid_sub = 1;
+
+uint8_t IS_EID_SAVE; /* 1: the EID file is known to hold an EID */
+
+void esim_failed() { std::puts("value=FAILED"); }
+
+int32_t uim_power(uint32_t up, uint32_t ignore_hotswap) {
+    const uint32_t words[] = {up, esim_slot, ignore_hotswap};
+    char args[sizeof words];
+    std::memcpy(args, words, sizeof args);
+    return orvik_uim_request_uicc_power_ex(args);
+}
+
+/* Powers slot 2 down, switches it and powers it up. The lines appear under the command's name. */
+bool esim_switch(const char* command, uint32_t physical_sim, uint32_t ignore_hotswap) {
+    const int32_t down = uim_power(0, 0);
+    ORVIK_DBG_IN(command, "POWER_DOWN_UIM2 res = %d", down);
+    if (down != 0) {
+        esim_failed();
+        return false;
+    }
+    const uint32_t payload[] = {physical_sim, 0};
+    uint8_t reply[ORVIK_COMMON_REPLY_SIZE]; /* tells nothing that matters here */
+    orvik_send_common_qmi_msg(CMD_ESIM_SWITCH, sizeof payload, payload, reply);
+    const int32_t up = uim_power(1, ignore_hotswap);
+    ORVIK_DBG_IN(command, "POWER_UP_UIM2 res = %d", up);
+    if (up != 0) {
+        esim_failed();
+        return false;
+    }
+    return true;
+}
+
+struct eid_text_type {
+    char digits[eid_digits + 1];
+};
+
+/* One try, after a short wait. True when the eUICC tells an EID: one that begins with 0 is none. */
+bool try_get_eid(const char* command, int loop, uint8_t (&eid)[eid_size], eid_text_type& text) {
+    ::usleep(eid_wait_us);
+    ORVIK_DBG_IN(command, "try get eid loop = %d", loop);
+    char slot = esim_slot;
+    std::memset(eid, 0, sizeof eid);
+    orvik_uim_request_eid(&slot, eid);
+    text = {};
+    orvik_byte_to_hex(eid, eid_size, text.digits);
+    return eid[0] != 0;
+}
+
+void switch_to_esim(const char* command) {
+    ORVIK_DBG_IN(command, "switch to eSIM");
+    if (!esim_switch(command, 0, 1))
+        return;
+    uint8_t eid[eid_size];
+    eid_text_type text;
+    for (int i = 0; i < eid_tries_after_switch; ++i) {
+        if (!try_get_eid(command, i, eid, text))
+            continue;
+        if (!is_eid_valid(text.digits)) {
+            std::printf("value=FAILED - %s\n", text.digits);
+            return;
+        }
+        save_eid_to_efs(eid);
+        std::printf("eID=%s\n", text.digits);
+        return;
+    }
+    ORVIK_DBG_IN(command, "get eid timeout");
+    esim_failed();
+}
+
+void switch_to_psim(const char* command) {
+    ORVIK_DBG_IN(command, "switch to SIM2");
+    if (!esim_switch(command, 1, 0))
+        return;
+    ORVIK_DBG_IN(command, "SIM2 Power Up successfully");
+    std::puts("value=SUCCEED");
+}
+
+void show_eid(const char* command) {
+    ORVIK_DBG_IN(command, "orvik get eid");
+    uint8_t eid[eid_size];
+    eid_text_type text;
+    for (int i = 0; i < eid_tries; ++i) {
+        if (try_get_eid(command, i, eid, text)) {
+            std::printf("eID=%s\n", text.digits);
+            return;
+        }
+    }
+    esim_failed();
+}
+
+void show_card_states(const char* command) {
+    ORVIK_DBG_IN(command, "try get simcard status");
+    char told[2] = {};
+    if (orvik_uim_get_card_status(told) != 0) {
+        esim_failed();
+        return;
+    }
+    const uint8_t states[] = {static_cast<uint8_t>(told[0]), static_cast<uint8_t>(told[1])};
+    ORVIK_DBG_IN(command, "card_status, [%d, %d]", states[0], states[1]);
+    map_sim_state(states);
+}
+
+/* STORE DATA with the eUICC memory reset: delete operational profiles and field-loaded test
+ * profiles, reset the default SM-DP+ address. */
+constexpr uint8_t reset_apdu[] = {0x80, 0xE2, 0x91, 0x00, 0x07, 0xBF, 0x34,
+                                  0x04, 0x82, 0x02, 0x05, 0xE0, 0x00};
+
+/* Replies: length, result 0 (done) or 1 (nothing to delete), status word 9000. */
+constexpr int reset_reply_size = 9;
+constexpr const char* reset_done = "08bf34038001009000";
+constexpr const char* reset_nothing = "08bf34038001019000";
+
+void reset_euicc(const char* command) {
+    ORVIK_DBG_IN(command, "Start eUICC Reset");
+    uint8_t open_args[] = {esim_slot, 1}; /* file control information 1 */
+    uint8_t channel_id = 255;
+    const int32_t opened = orvik_uim_open_channel(open_args, &channel_id);
+    ORVIK_DBG_IN(command, "orvik_uim_open_channel res = %d, channel_id = %d", opened, channel_id);
+    if (opened != 0) {
+        esim_failed();
+        return;
+    }
+
+    const uint8_t head[] = {esim_slot, channel_id, sizeof reset_apdu};
+    char apdu_args[sizeof head + sizeof reset_apdu];
+    std::memcpy(apdu_args, head, sizeof head);
+    std::memcpy(apdu_args + sizeof head, reset_apdu, sizeof reset_apdu);
+    uint8_t reply[256] = {};
+    const int32_t sent = orvik_uim_send_apdu(apdu_args, reply);
+    ORVIK_DBG_IN(command, "orvik_uim_send_apdu res = %d", sent);
+    if (sent != 0) {
+        esim_failed();
+        return;
+    }
+
+    char text[2 * reset_reply_size + 1] = {};
+    orvik_byte_to_hex(reply, reset_reply_size, text);
+    ORVIK_DBG_IN(command, "apdu=%s", text);
+    if (std::strcmp(text, reset_done) == 0) {
+        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, delete profile successfully.");
+    } else if (std::strcmp(text, reset_nothing) == 0) {
+        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, nothing to delete.");
+    } else {
+        /* The channel stays open, on purpose. */
+        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, apdu rsp check failed.");
+        esim_failed();
+        return;
+    }
+
+    uint8_t close_args[] = {esim_slot, channel_id};
+    const int32_t closed = orvik_uim_close_channel(close_args);
+    ORVIK_DBG_IN(command, "orvik_uim_close_channel res = %d", closed);
+    std::puts("value=SUCCEED");
+}
+
+/* By esim_on, from 1; only the first two are in the help. */
+constexpr void (*esim_modes[])(const char* command) = {
+    switch_to_esim, switch_to_psim, show_eid, show_card_states, reset_euicc,
+};
+
+} // namespace
+
+int32_t orvik_cmn_esim_test(int argc, char** argv) {
+    if (argc <= 4) {
+        ORVIK_DBG("invalid input\n");
+        return -1;
+    }
+    const int esim_on = std::atoi(argv[3]);
+    if (std::atoi(argv[4]) == 0)
+        g_orvik_stdout_print_flag = 0;
+    if (esim_on < 1 || esim_on > static_cast<int>(std::size(esim_modes))) {
+        ORVIK_DBG("invalid input skip");
+        esim_failed();
+        return 0;
+    }
+    esim_modes[esim_on - 1](__func__);
+    return 0;
+}
+
+bool is_eid_valid(const char* eid_text) {
+    ORVIK_DBG("check whether eid valid\n");
+    int r = 0;
+    for (size_t i = 0; i < eid_digits; ++i)
+        r = (r * 10 + (static_cast<unsigned char>(eid_text[i]) - '0')) % 97;
+    if (r != 1) {
+        ORVIK_DBG("eid validate failed, result = %d\n", r);
+        return false;
+    }
+    ORVIK_DBG("eid validate pass\n");
+    return true;
+}
+
+void save_eid_to_efs(const uint8_t* eid16) {
+    if (IS_EID_SAVE == 1) {
+        ORVIK_DBG("EID already saved, skip\n");
+        return;
+    }
+    uint8_t kept[eid_size];
+    uint32_t length = sizeof kept;
+    int32_t result = orvik_efs_read(eid_sub, eid_path, eid_path_len, kept, &length);
+    if (result == 0) {
+        /* What it holds is not compared. */
+        ORVIK_DBG("EID already exists, set IS_EID_SAVE TRUE\n");
+        IS_EID_SAVE = 1;
+        return;
+    }
+    ORVIK_DBG("efs read failed and try save it. error_code : %d\n", result);
+    result = orvik_efs_write(eid_sub, eid_path, eid_path_len, eid16, eid_size);
+    if (orvik_stdout_print_on())
+        std::printf("save eid efs result = %d\n", result);
+    if (result != 0)
+        return;
+    ORVIK_DBG("save eid successfully, set IS_EID_SAVE TRUE\n");
+    IS_EID_SAVE = 1;
+}
+
+void map_sim_state(const uint8_t* states2) {
+    static constexpr const char* names[] = {"ABSENT", "PRESENT", "ERROR"};
+    const auto name = [](uint8_t state) {
+        return state < std::size(names) ? names[state] : "UNKNOWN";
+    };
+    ORVIK_DBG("map_sim_state ...\n");
+    std::printf("%s,%s", name(states2[0]), name(states2[1]));
+}
+
+namespace {
 
 /* ==== group 5 ==== */
 

@@ -1,5 +1,45 @@
-#include <cstdio>
+/* Group 10: the modem's configuration packages (MBN). Their service can't be initialised in this
+ * tool, so that the command checks its arguments and says that nothing is done. */
+#include <cstdint>
+#include <cstdlib>
 
 #include "handlers.h"
+#include "help.h"
+#include "log_lines.h"
+#include "notes.h"
+#include "qti_shared_mutex.h"
 
-int orvik_test_mbn_do(int, char**) { return std::puts("orvik_test_mbn_do is not built yet"); }
+namespace {
+
+constexpr int mbn_group = 10;
+constexpr int g_pdc_init_status = -1; /* not initialised */
+
+/* What threads are to share of PDC and MBN; nothing locks it yet. */
+struct orvik_pdc_mbn_info_type {
+    qtimutex::OptionalSharedMutex mutex;
+};
+orvik_pdc_mbn_info_type ovrik_pdc_mbn_info;
+
+uint32_t orvik_test_mbn_pdc_init(unsigned char force_init) {
+    ORVIK_FUNCTION_SCOPE();
+    ORVIK_DBG("start orvik pdc init, g_pdc_init_status = %d, force_init = %d", g_pdc_init_status,
+              force_init);
+    ORVIK_ERR("pdc init failed");
+    return UINT32_MAX;
+}
+
+} // namespace
+
+int orvik_test_mbn_do(int argc, char** argv) {
+    if (argc <= 3) {
+        std::puts(NOTE_TOO_FEW_PARAMETERS);
+    } else if (std::atoi(argv[1]) != mbn_group) {
+        std::printf(NOTE_FIRST_PARAMETER, mbn_group);
+    } else if (const int sub_mask = std::atoi(argv[3]); sub_mask < 1 || sub_mask > 3) {
+        std::printf(NOTE_SUB_MASK, sub_mask);
+    } else {
+        orvik_test_mbn_pdc_init(0);
+        ORVIK_ERR("pdc init failed, do nothing");
+    }
+    return show_help(mbn_group);
+}

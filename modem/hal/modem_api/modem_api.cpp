@@ -1,1 +1,228 @@
+/* The modem API's life and its clients. */
 #include "modem_api.h"
+
+#include <utility>
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include "client_table.h"
+#include "ravex_log.h"
+#include "traced_alloc.h"
+
+modem_api_client_table g_modem_api_clients;
+
+namespace {
+
+std::mutex g_modem_api_mutex; /* guards the counter, and who may wait for the table's mutex */
+unsigned g_modem_api_init_count;
+
+/* Held while a client is freed. Made anew at every init and release of the API. */
+pthread_mutex_t g_client_table_mutex = PTHREAD_MUTEX_INITIALIZER;
+
+/* The API mutex is held, so nobody waits for the old mutex, and whoever had it is through. */
+void renew_client_table_mutex() {
+    pthread_mutex_lock(&g_client_table_mutex);
+    pthread_mutex_unlock(&g_client_table_mutex);
+    pthread_mutex_destroy(&g_client_table_mutex);
+    pthread_mutex_init(&g_client_table_mutex, nullptr);
+}
+
+class client_table_guard {
+  public:
+    client_table_guard() {
+        const std::lock_guard api(g_modem_api_mutex);
+        pthread_mutex_lock(&g_client_table_mutex);
+    }
+    ~client_table_guard() { pthread_mutex_unlock(&g_client_table_mutex); }
+    client_table_guard(const client_table_guard&) = delete;
+    client_table_guard& operator=(const client_table_guard&) = delete;
+};
+
+struct client_kind_row {
+    const char* name;         /* in the text for a client that is connected */
+    const char* not_yet_name; /* in the text for one that is not */
+    int (*init)(client_indication_handler handler);
+    int (*release)();
+    void (*set_status_callback)(client_operational_status_cb cb);
+    int32_t second_sub; /* of a NAS client: its networking indications; else -1 */
+};
+
+/* By kind. */
+constexpr client_kind_row kinds[CLIENT_KINDS] = {
+    {"vs", "vs", vs_client_init, vs_client_release, vs_client_set_operational_status_callback, -1},
+    {"sar", "sar", sar_client_init, sar_client_release, sar_client_set_operational_status_callback,
+     -1},
+    {"nas", "nas 0", nas_0_client_init, nas_0_client_release,
+     nas_0_client_set_operational_status_callback, 0},
+    {"nas", "nas 0", nas_1_client_init, nas_1_client_release,
+     nas_1_client_set_operational_status_callback, 1},
+};
+
+void free_record(modem_api_client* record) { ravex_free_adv(record, "modem_api", __LINE__); }
+
+/* Puts a record into the first empty slot. Returns its id, or a negative number: -1 when the table
+ * is full, -2 when there is a client of that kind, whose status *other gets. */
+enum { TABLE_FULL = -1, KIND_TAKEN = -2 };
+
+int32_t add_record(modem_api_client* record, int32_t* other) {
+    modem_api_client_table& table = g_modem_api_clients;
+    const std::lock_guard guard(table.slots_mutex);
+    for (const modem_api_client* client : table.slots) {
+        if (client == nullptr || client->kind != record->kind)
+            continue;
+        *other = client->operational_status;
+        if (*other == CLIENT_CONNECTED)
+            record->next_kept = std::exchange(table.kept, record);
+        return KIND_TAKEN;
+    }
+    for (size_t id = 0; id < table.slots.size(); ++id) {
+        if (table.slots[id] != nullptr)
+            continue;
+        table.slots[id] = record;
+        return static_cast<int32_t>(id);
+    }
+    return TABLE_FULL;
+}
+
+/* Empties the slot if it still holds the record, which is then freed. */
+void remove_record(size_t id, modem_api_client* record) {
+    modem_api_client_table& table = g_modem_api_clients;
+    {
+        const std::lock_guard guard(table.slots_mutex);
+        if (table.slots[id] != record)
+            return;
+        table.slots[id] = nullptr;
+    }
+    free_record(record);
+}
+
+} // namespace
+
+int modem_api_init() {
+    {
+        const std::lock_guard guard(g_modem_api_mutex);
+        if (g_modem_api_init_count == 0) {
+            renew_client_table_mutex();
+            ++g_modem_api_init_count;
+        }
+    }
+    vs_init();
+    sar_init();
+    nas_0_init();
+    nas_1_init();
+    return MODEM_API_OK;
+}
+
+int modem_api_release() {
+    const std::lock_guard guard(g_modem_api_mutex);
+    if (g_modem_api_init_count >= 1) {
+        renew_client_table_mutex();
+        --g_modem_api_init_count;
+    }
+    return MODEM_API_OK;
+}
+
+int modem_api_init_client(uint32_t kind, client_indication_handler indication_handler,
+                          modem_api_status_notifier status_notifier, int32_t* client_id) {
+    RAVEX_ENTRY();
+    if (client_id == nullptr) {
+        RAVEX_LOG("Unexpected NULL pointer, return error %d!", MODEM_API_BAD_ARGUMENT);
+        return MODEM_API_BAD_ARGUMENT;
+    }
+    auto* const record = static_cast<modem_api_client*>(
+        ravex_malloc_adv(sizeof(modem_api_client), __func__, __LINE__));
+    if (record == nullptr) {
+        RAVEX_LOG("could not allocate memory");
+        return MODEM_API_NO_RESPONSE;
+    }
+    if (kind >= CLIENT_KINDS) {
+        RAVEX_LOG("modem api client type %d not supported", static_cast<int>(kind));
+        free_record(record);
+        return MODEM_API_NOT_SUPPORTED;
+    }
+    const client_kind_row& row = kinds[kind];
+    record->kind = kind;
+    record->pid = ::getpid();
+    record->indication_handler = indication_handler;
+    record->status_notifier = status_notifier;
+
+    int32_t other = 0;
+    const int32_t id = add_record(record, &other);
+    if (id == KIND_TAKEN && other == CLIENT_CONNECTED) {
+        RAVEX_LOG("Already another client init %s client successfully", row.name);
+        return MODEM_API_OK; /* the record is kept, see the table */
+    }
+    if (id == KIND_TAKEN) {
+        RAVEX_LOG("Another client init %s client with operational status %d", row.not_yet_name,
+                  other);
+        free_record(record);
+        return MODEM_API_CLIENT_NOT_CONNECTED;
+    }
+    if (id == TABLE_FULL) {
+        RAVEX_LOG("no more client can be added");
+        free_record(record);
+        return MODEM_API_NO_RESPONSE;
+    }
+
+    row.set_status_callback(modem_api_operational_status_cb);
+    if (row.init(indication_handler) == 0) {
+        remove_record(static_cast<size_t>(id), record);
+        return MODEM_API_FAILURE;
+    }
+    if (row.second_sub >= 0)
+        modem_api_util_enable_networking_indications(id, row.second_sub);
+    *client_id = id;
+    RAVEX_LOG("new client: type %d, id %d", static_cast<int>(kind), id);
+    return MODEM_API_OK;
+}
+
+int modem_api_free_client(int32_t client_id) {
+    modem_api_client_table& table = g_modem_api_clients;
+    if (client_id < 0 || static_cast<size_t>(client_id) >= table.slots.size()) {
+        RAVEX_LOG("Unexpected condition, return error %d!", MODEM_API_UNEXPECTED);
+        return MODEM_API_UNEXPECTED;
+    }
+    const auto id = static_cast<size_t>(client_id);
+    const client_table_guard guard;
+    modem_api_client* record = nullptr;
+    uint32_t kind = CLIENT_KINDS;
+    {
+        const std::lock_guard slots(table.slots_mutex);
+        record = table.slots[id];
+        if (record != nullptr)
+            kind = record->kind;
+    }
+    if (record == nullptr) {
+        RAVEX_LOG("client already freed");
+        return MODEM_API_OK;
+    }
+    if (kind < CLIENT_KINDS)
+        kinds[kind].release();
+    remove_record(id, record);
+    return MODEM_API_OK;
+}
+
+void modem_api_operational_status_cb(int32_t kind, int32_t status) {
+    modem_api_client_table& table = g_modem_api_clients;
+    std::array<modem_api_status_notifier, std::tuple_size_v<decltype(table.slots)>> notifiers{};
+    {
+        const std::lock_guard guard(table.slots_mutex);
+        for (size_t id = 0; id < table.slots.size(); ++id) {
+            modem_api_client* const client = table.slots[id];
+            if (client == nullptr || client->kind != static_cast<uint32_t>(kind))
+                continue;
+            client->operational_status = status;
+            notifiers[id] = client->status_notifier;
+            RAVEX_LOG("client type %d, client id %d, operational_status %d", kind,
+                      static_cast<int>(id), status);
+        }
+    }
+    if (status != CLIENT_CONNECTED && status != CLIENT_SUSPENDING)
+        return;
+    const uint32_t event =
+        status == CLIENT_CONNECTED ? MODEM_API_EVENT_CONNECTED : MODEM_API_EVENT_SUSPEND;
+    for (const modem_api_status_notifier notifier : notifiers)
+        if (notifier != nullptr)
+            notifier(event, static_cast<uint32_t>(kind));
+}

@@ -38,3 +38,54 @@ int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data,
 
 /* A typed record (kind 2) of type t with up to 491 bytes of data. */
 int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* rsp);
+
+/* ---- SAR ---- */
+
+/* Index of the SAR back-off table in force (DSI), or -1 on any failure. Every call makes a client
+ * of its own, which stays. */
+int32_t orvik_get_sar_dsi();
+
+/* ---- UIM client ----
+ * One client of the UIM service for the process, made by the first SIM operation. The error
+ * callback, on the framework's thread, only notes that the modem has restarted; the client is
+ * released and made anew by the operations, which run on one thread at a time:
+ *
+ *     none      an operation begins       -> client, or the operation fails
+ *     client    a restart was noted       -> released when the next operation begins (card status
+ *                                            does not look)
+ *     client    an exchange returned -2   -> released when the operation ends
+ *     client    its third failed exchange -> released when the operation ends */
+
+/* Makes the client, waiting up to 4 s for the service; true when there is one afterwards. */
+bool init_uim_qmi_client();
+
+void error_cb(qmi_client_type handle, qmi_client_error_type error, void* cb_data);
+
+/* Releases the client; without one nothing happens. */
+void uim_qmi_client_recovery();
+
+/* ---- SIM operations ----
+ * Arguments come as byte arrays, a slot is 1 or 2. Each waits up to 3 s for its answer and returns
+ * 0, -1 without client or memory, or the transport's error. Opening a channel and sending an APDU
+ * return -1 also when the service refuses; the others succeed then and leave their output as its
+ * default. */
+
+/* args: three u32: power up (0: down), slot, ignore hot swap when powering up. */
+int32_t orvik_uim_request_uicc_power_ex(char* args);
+
+/* args: slot. eid: 16 bytes, only written when the card tells its EID. */
+int32_t orvik_uim_request_eid(char* args, uint8_t* eid);
+
+/* states: card states of slots 1 and 2: 0 absent, 1 present, 2 error, 3 not told. */
+int32_t orvik_uim_get_card_status(char* states);
+
+/* Opens a channel to the eUICC's issuer security domain (ISD-R). args: slot, which file control
+ * information the card is to give. channel_id: only written when the answer holds one. */
+int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id);
+
+/* args: slot, channel id. */
+int32_t orvik_uim_close_channel(uint8_t* args);
+
+/* args: slot, channel id, APDU length, APDU. rsp, 256 bytes: the low byte of the reply's length,
+ * then that many bytes of the reply. */
+int32_t orvik_uim_send_apdu(char* args, uint8_t* rsp);

@@ -60,11 +60,9 @@ constexpr size_t path_buffer_size = 72;
 std::mutex g_nv_mutex;
 std::mutex g_efs_mutex;
 
-/* Bytes of data that a response of rsp_len bytes really holds; its own lengths are not believed. */
-uint32_t data_held(uint32_t rsp_len) {
-    const uint32_t head = offsetof(nvefs_response, data);
-    return rsp_len > head ? rsp_len - head : 0;
-}
+/* A length that a response states, as far as its data can reach; where less arrived, the cleared
+ * response has zeros. */
+uint32_t held(uint32_t stated) { return std::min<uint32_t>(stated, sizeof(nvefs_response::data)); }
 
 /* One exchange with a cleared response, its result mapped. rsp_len: in the capacity, out the bytes
  * that arrived. */
@@ -161,9 +159,8 @@ int32_t check_write_buf(const char* function, const void* buf, uint32_t len, uin
 }
 
 /* The exchange of the three NV functions: the send's failure or the service's result. */
-int32_t send_nv(const char* function, const nvefs_request& request, nvefs_response& response,
-                uint32_t& rsp_len) {
-    rsp_len = sizeof response;
+int32_t send_nv(const char* function, const nvefs_request& request, nvefs_response& response) {
+    uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
     ORVIK_DBG_IN(function, "result = %d, rsp.result = %d", result, response.result);
     if (result != 0) {
@@ -190,14 +187,13 @@ int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_
 
     nvefs_request request{};
     nvefs_response response{};
-    uint32_t rsp_len = 0;
     request.op = op_nv_read;
     request.sub_id = static_cast<uint8_t>(sub_id);
     request.nv_id = static_cast<uint16_t>(nv_id);
-    if (const int32_t failed = send_nv(__func__, request, response, rsp_len))
+    if (const int32_t failed = send_nv(__func__, request, response))
         return failed;
     ORVIK_DBG("rsp.data_len_all = %d", response.data_len_all);
-    const uint32_t length = std::min(response.data_len_all, data_held(rsp_len));
+    const uint32_t length = held(response.data_len_all);
     if (length == 0) {
         ORVIK_DBG("rsp.data_len_all is invalid");
         return ORVIK_NVEFS_BUF_LEN_INVALID;
@@ -218,13 +214,12 @@ int32_t orvik_nv_write_ex(uint32_t sub_id, uint32_t nv_id, const uint8_t* buf, u
 
     nvefs_request request{};
     nvefs_response response{};
-    uint32_t rsp_len = 0;
     request.op = op_nv_write;
     request.sub_id = static_cast<uint8_t>(sub_id);
     request.nv_id = static_cast<uint16_t>(nv_id);
     request.data_len_all = len;
     std::memcpy(request.data, buf, len);
-    return send_nv(__func__, request, response, rsp_len);
+    return send_nv(__func__, request, response);
 }
 
 int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id) {
@@ -236,11 +231,10 @@ int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id) {
 
     nvefs_request request{};
     nvefs_response response{};
-    uint32_t rsp_len = 0;
     request.op = op_nv_delete;
     request.sub_id = static_cast<uint8_t>(sub_id);
     request.nv_id = static_cast<uint16_t>(nv_id);
-    return send_nv(__func__, request, response, rsp_len);
+    return send_nv(__func__, request, response);
 }
 
 /* ==== EFS files ==== */
@@ -280,7 +274,7 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
             ORVIK_DBG("qmi response fail");
             return response.result;
         }
-        const uint32_t chunk = std::min(response.data_len_send, data_held(rsp_len));
+        const uint32_t chunk = held(response.data_len_send);
         received += chunk;
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, read_count = %d, "
                   "data_len_cur = %d",

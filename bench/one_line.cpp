@@ -1,0 +1,8 @@
+#include <cstdio>
+#include <memory>
+
+int main() {
+    const auto text = std::make_unique<const char*>("Not support");
+    std::puts(*text);
+    return 0;
+}

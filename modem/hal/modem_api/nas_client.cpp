@@ -1,0 +1,40 @@
+#include "nas_client.h"
+
+#include "ravex_log.h"
+#include "service_client.h"
+
+namespace {
+
+constexpr unsigned bind_timeout_ms = 30000;
+
+} // namespace
+
+void nas_client_bind_subscription(qmi_client_type handle, uint32_t subscription) {
+    nas_bind_subscription_req_v01 req{subscription};
+    nas_response_v01 resp{};
+    qmi_client_send_msg_sync(handle, QMI_NAS_BIND_SUBSCRIPTION, &req, sizeof req, &resp,
+                             sizeof resp, bind_timeout_ms);
+}
+
+int nas_client_register_indications(int (*send)(uint32_t msg_id, void* req, uint32_t req_len,
+                                                void* resp, uint32_t resp_len),
+                                    nas_response_v01& resp) {
+    nas_indication_register_req_v01 req{};
+    req.choices[QMI_NAS_CHOICE_SERVING_SYSTEM].valid = 1;
+    resp = {};
+    return send(QMI_NAS_INDICATION_REGISTER, &req, sizeof req, &resp, sizeof resp);
+}
+
+int nas_0_client_set_networking_indications() {
+    nas_response_v01 resp{};
+    const int result = nas_client_register_indications(nas_0_client_send_msg_sync, resp);
+    RAVEX_LOG("enable_indication result: %d", result);
+    return result;
+}
+
+int nas_1_client_set_networking_indications() {
+    nas_response_v01 resp{};
+    const int result = nas_client_register_indications(nas_1_client_send_msg_sync, resp);
+    RAVEX_LOG("enable_indication result: %d", result);
+    return result;
+}

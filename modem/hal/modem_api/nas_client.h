@@ -1,0 +1,21 @@
+/* What the NAS clients do beyond the service client. */
+#pragma once
+
+#include <cstdint>
+
+#include "qmi_cci.h"
+#include "qmi_nas.h"
+
+/* Binds a client to the first (0) or second (1) subscription. The request goes out after every
+ * connection attempt; after a failed one the framework refuses it for want of a client. */
+void nas_client_bind_subscription(qmi_client_type handle, uint32_t subscription);
+
+template <uint32_t Subscription> void nas_client_bind(qmi_client_type handle) {
+    nas_client_bind_subscription(handle, Subscription);
+}
+
+/* Asks for the serving-system indication by the client's synchronous send. Returns the framework's
+ * result; resp is cleared first. */
+int nas_client_register_indications(int (*send)(uint32_t msg_id, void* req, uint32_t req_len,
+                                                void* resp, uint32_t resp_len),
+                                    nas_response_v01& resp);

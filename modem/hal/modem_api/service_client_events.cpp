@@ -1,0 +1,213 @@
+/* The framework's callbacks and the two workers. */
+#include "service_client_detail.h"
+#include "traced_alloc.h"
+
+int (*g_client_thread_create)(pthread_t*, const pthread_attr_t*, void* (*)(void*),
+                              void*) = pthread_create;
+
+using namespace service_client_detail;
+
+namespace {
+
+/* Workers are detached: nobody joins them, and release waits for them by count. */
+bool start_worker(void* (*body)(void*)) {
+    pthread_attr_t attr;
+    if (pthread_attr_init(&attr) != 0)
+        return false;
+    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
+    pthread_t thread{};
+    const int error = g_client_thread_create(&thread, &attr, body, nullptr);
+    pthread_attr_destroy(&attr);
+    return error == 0;
+}
+
+/* Tells that a transition begins and starts its worker; failed is told when there is none. */
+void enter(service_client& c, uint64_t generation, int32_t entering, void* (*worker)(void*),
+           int32_t failed) {
+    report(c, generation, entering);
+    if (!current(c, generation) || start_worker(worker))
+        return;
+    {
+        const lock_type lock(c.mutex);
+        if (c.generation == generation)
+            c.phase = service_client::idle;
+    }
+    report(c, generation, failed);
+}
+
+void enter_suspend(service_client& c, uint64_t generation) {
+    enter(c, generation, CLIENT_SUSPENDING, c.traits.release_worker, CLIENT_RELEASED);
+}
+
+void enter_resume(service_client& c, uint64_t generation) {
+    enter(c, generation, CLIENT_RESUMING, c.traits.resume_worker, CLIENT_RESUME_FAILED);
+}
+
+/* Ends the suspending phase and acts on a service that came up in the meantime. */
+void finish_suspending(service_client& c, uint64_t generation) {
+    {
+        const lock_type lock(c.mutex);
+        if (c.generation != generation)
+            return;
+        const bool up = std::exchange(c.event_pending, false);
+        c.phase = up ? service_client::resume_due : service_client::suspended;
+        if (!up)
+            return;
+    }
+    enter_resume(c, generation);
+}
+
+} // namespace
+
+void service_client_detail::finish_connecting(service_client& c, uint64_t generation,
+                                              bool connected) {
+    {
+        const lock_type lock(c.mutex);
+        if (c.generation != generation)
+            return;
+        const bool down = std::exchange(c.event_pending, false) && connected;
+        c.phase = down        ? service_client::suspend_due
+                  : connected ? service_client::connected
+                              : service_client::idle;
+        if (!down)
+            return;
+    }
+    enter_suspend(c, generation);
+}
+
+/* ---- the framework's callbacks ---- */
+
+void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_t msg_id, void* buf,
+                              uint32_t len) {
+    static constexpr const char* name = "client_unsol_ind_cb";
+    CLIENT_LOG(c, name, "function entry");
+    visit inside(c);
+    client_indication_handler handler = nullptr;
+    qmi_idl_service_object_type service = nullptr;
+    {
+        const lock_type lock(c.mutex);
+        /* While connecting, the framework may know the new handle before we do. */
+        const bool ours = handle == c.context.client_handle ||
+                          (c.phase == service_client::connecting &&
+                           c.context.client_handle == nullptr && handle != c.released_handle);
+        handler = c.context.indication_handler;
+        if (c.taking_down || handler == nullptr || handle == nullptr || !ours)
+            return;
+        service = c.context.service_object;
+        inside.enter_with_handle();
+    }
+    uint32_t size = 0;
+    qmi_idl_get_message_c_struct_len(service, QMI_IDL_INDICATION, static_cast<uint16_t>(msg_id),
+                                     &size);
+    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, __func__, __LINE__);
+    if (decoded == nullptr)
+        return;
+    const int error =
+        qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, len, decoded, size);
+    inside.done_with_handle();
+    if (error != QMI_NO_ERR) {
+        CLIENT_LOG_AT(RAVEX_LOG_ERROR, c, name,
+                      "Indication decode failed for msg 0x%x with error %d", msg_id, error);
+    } else {
+        CLIENT_LOG(c, "client_ind_hdlr", "Handling indication msg 0x%x", msg_id);
+        if (c.traits.indication == nullptr || !c.traits.indication(handler, msg_id, decoded, size))
+            CLIENT_LOG(c, "client_ind_hdlr", "Unknown indication msg %0x", msg_id);
+    }
+    ravex_free_adv(decoded, __func__, __LINE__);
+}
+
+void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error) {
+    CLIENT_LOG(c, "client_service_down_event", "service down with error %d", error);
+    visit inside(c);
+    uint64_t generation = 0;
+    {
+        const lock_type lock(c.mutex);
+        if (c.taking_down || handle == nullptr || handle != c.context.client_handle)
+            return; /* of a client that is no more */
+        if (c.phase == service_client::connecting)
+            c.event_pending = true;
+        if (c.phase != service_client::connected)
+            return;
+        c.phase = service_client::suspend_due;
+        generation = c.generation;
+        inside.enter();
+    }
+    enter_suspend(c, generation);
+}
+
+void service_client_service_up(service_client& c, int32_t event) {
+    if (event != QMI_CLIENT_SERVICE_COUNT_INC)
+        return;
+    visit inside(c);
+    uint64_t generation = 0;
+    {
+        const lock_type lock(c.mutex);
+        if (c.taking_down)
+            return;
+        if (c.phase == service_client::suspending)
+            c.event_pending = true;
+        if (c.phase != service_client::suspended)
+            return;
+        c.phase = service_client::resume_due;
+        generation = c.generation;
+        inside.enter();
+    }
+    enter_resume(c, generation);
+}
+
+/* ---- workers ---- */
+
+void service_client_release_worker(service_client& c) {
+    static constexpr const char* name = "client_release_qmi_client_thread";
+    visit inside(c);
+    uint64_t generation = 0;
+    qmi_idl_service_object_type service = nullptr;
+    {
+        lock_type lock(c.mutex);
+        if (c.taking_down || c.phase != service_client::suspend_due)
+            return;
+        c.phase = service_client::suspending;
+        c.event_pending = false;
+        generation = c.generation;
+        inside.enter();
+        drop_client_handle(c, lock);
+    }
+    report(c, generation, CLIENT_SUSPENDED);
+    qmi_client_type notifier = nullptr;
+    {
+        const lock_type lock(c.mutex);
+        if (c.generation != generation)
+            return;
+        notifier = c.context.notifier_handle;
+        service = c.context.service_object;
+    }
+    int error = QMI_NO_ERR;
+    if (notifier == nullptr) {
+        error = qmi_client_notifier_init(service, &c.context.os_params, &notifier);
+        CLIENT_LOG(c, name, "qmi_client_notifier_init return %d", error);
+        const lock_type lock(c.mutex);
+        c.context.notifier_handle = error == QMI_NO_ERR ? notifier : nullptr;
+    }
+    if (error == QMI_NO_ERR) {
+        error = qmi_client_register_notify_cb(notifier, c.traits.service_up_event, nullptr);
+        CLIENT_LOG(c, name, "qmi_client_register_notify_cb %d", error);
+    }
+    finish_suspending(c, generation);
+}
+
+void service_client_resume_worker(service_client& c) {
+    visit inside(c);
+    uint64_t generation = 0;
+    {
+        const lock_type lock(c.mutex);
+        if (c.taking_down || c.phase != service_client::resume_due)
+            return;
+        c.phase = service_client::connecting;
+        c.event_pending = false;
+        generation = c.generation;
+        inside.enter();
+    }
+    const bool connected = connect(c, generation); /* releases the notifier first */
+    report(c, generation, connected ? CLIENT_CONNECTED : CLIENT_RESUME_FAILED);
+    finish_connecting(c, generation, connected);
+}

@@ -1,0 +1,19 @@
+/* The debug information that the modem keeps about its statistics: requests 20 and 27. */
+#pragma once
+
+/* Asks for the debug information. mask 0: checks the feature's status; any other: prints the
+ * blocks.
+ */
+void orvik_test_modem_stats_get_debug_info_do(int mask);
+
+/* Prints the feature's status from the data of request 20, at least 18 bytes, and which logs the
+ * modem can't parse. */
+void orvik_modem_stats_support_status_check(unsigned char* data);
+
+/* Each prints one block, whose fields depend on the layout version, and returns its length in
+ * bytes, which data must hold; for null it prints a line and returns 0. The cm and uim blocks have
+ * one layout. */
+int orvik_modem_stats_main_info_unpk(unsigned char* data, int version);
+int orvik_modem_stats_diag_info_unpk(unsigned char* data, int version);
+int orvik_modem_stats_cm_info_unpk(unsigned char* data, int version);
+int orvik_modem_stats_uim_info_unpk(unsigned char* data, int version);

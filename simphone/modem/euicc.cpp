@@ -1,0 +1,215 @@
+#include "modem/euicc.h"
+
+#include <algorithm>
+#include <sstream>
+#include <vector>
+
+#include "modem/modem.h"
+#include "modem/sim_cards.h"
+#include "modem/tlv.h"
+#include "phone/phone.h"
+
+namespace simphone {
+
+namespace {
+
+constexpr const char* default_eid = "89001000000000000000000001234502";
+constexpr const char* default_profiles = "89001000000000012341 operational demo";
+constexpr size_t eid_size = 16;
+constexpr long default_max_channels = 3;
+constexpr long most_channels = 19; /* what a card can number */
+
+constexpr uint8_t isd_r[] = {0xA0, 0x00, 0x00, 0x05, 0x59, 0x10, 0x10, 0xFF,
+                             0xFF, 0xFF, 0xFF, 0x89, 0x00, 0x00, 0x01, 0x00};
+
+/* Status words. */
+enum : uint16_t {
+    sw_ok = 0x9000,
+    sw_wrong_length = 0x6700,
+    sw_wrong_data = 0x6A80,
+    sw_not_found = 0x6A82,
+    sw_wrong_parameters = 0x6A86,
+    sw_data_not_found = 0x6A88,
+    sw_wrong_instruction = 0x6D00,
+    sw_wrong_class = 0x6E00,
+};
+
+bool ready(uint32_t slot) { return euicc_ready(slot, setting_number("euicc/boot_ms", 0)); }
+
+Bytes stored_eid() {
+    Bytes eid = from_hex(setting("euicc/eid", default_eid));
+    eid.resize(std::min(eid.size(), eid_size));
+    return eid;
+}
+
+/* ---- channels ---- */
+
+std::vector<uint8_t> open_channels() {
+    std::istringstream lines(setting("euicc/channels", ""));
+    const uint32_t restarts = restart_count();
+    std::vector<uint8_t> channels;
+    uint32_t channel = 0, opened_at = 0;
+    while (lines >> channel >> opened_at)
+        if (opened_at == restarts)
+            channels.push_back(static_cast<uint8_t>(channel));
+    return channels;
+}
+
+void store_channels(const std::vector<uint8_t>& channels) {
+    std::string text;
+    for (const uint8_t channel : channels)
+        text += std::to_string(channel) + " " + std::to_string(restart_count()) + "\n";
+    write_file("euicc/channels",
+               ByteView(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
+}
+
+bool is_open(const std::vector<uint8_t>& channels, uint8_t channel) {
+    return std::find(channels.begin(), channels.end(), channel) != channels.end();
+}
+
+/* ---- requests ---- */
+
+Bytes reply(Bytes data, uint16_t word) {
+    data.push_back(static_cast<uint8_t>(word >> 8));
+    data.push_back(static_cast<uint8_t>(word));
+    return data;
+}
+
+/* Reset options, in the first byte of their bit string. */
+constexpr uint8_t reset_operational = 0x80;
+constexpr uint8_t reset_test = 0x40;
+constexpr uint8_t reset_smdp = 0x20;
+
+constexpr uint8_t reset_result_ok = 0;
+constexpr uint8_t reset_result_nothing = 1;
+
+/* value: 82 02 05 OPTIONS. */
+Bytes memory_reset(ByteView value) {
+    if (value.size() != 4 || value[0] != 0x82 || value[1] != 2 || value[2] > 7)
+        return reply({}, sw_wrong_data);
+    const uint8_t options = value[3];
+    std::istringstream lines(setting("euicc/profiles", default_profiles));
+    std::string kept;
+    uint8_t result = reset_result_nothing;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string iccid, kind;
+        if (!(words >> iccid))
+            continue;
+        words >> kind;
+        if ((options & (kind == "test" ? reset_test : reset_operational)) != 0)
+            result = reset_result_ok;
+        else
+            kept += line + "\n";
+    }
+    if (result == reset_result_ok)
+        write_file("euicc/profiles",
+                   ByteView(reinterpret_cast<const uint8_t*>(kept.data()), kept.size()));
+    if ((options & reset_smdp) != 0)
+        remove_file("euicc/smdp");
+    return reply({0xBF, 0x34, 0x03, 0x80, 0x01, result}, sw_ok);
+}
+
+/* value: 5C 01 5A, the list of tags wanted. */
+Bytes tell_eid(ByteView value) {
+    static constexpr uint8_t wanted[] = {0x5C, 0x01, 0x5A};
+    if (!std::equal(value.begin(), value.end(), std::begin(wanted), std::end(wanted)))
+        return reply({}, sw_wrong_data);
+    const Bytes eid = stored_eid();
+    const auto size = static_cast<uint8_t>(eid.size());
+    Bytes bytes = {0xBF, 0x3E, static_cast<uint8_t>(size + 2), 0x5A, size};
+    bytes.insert(bytes.end(), eid.begin(), eid.end());
+    return reply(bytes, sw_ok);
+}
+
+struct RequestRow {
+    uint16_t tag;
+    Bytes (*handle)(ByteView value);
+};
+
+constexpr RequestRow requests[] = {
+    {0xBF34, memory_reset},
+    {0xBF3E, tell_eid},
+};
+
+/* CLA INS P1 P2 Lc data [Le]: one STORE DATA block that is first and last. */
+Bytes isd_r_apdu(ByteView apdu) {
+    if (apdu.size() < 4)
+        return reply({}, sw_wrong_length);
+    if ((apdu[0] & 0xFC) != 0x80 && (apdu[0] & 0xF0) != 0xC0)
+        return reply({}, sw_wrong_class);
+    if (apdu[1] != 0xE2)
+        return reply({}, sw_wrong_instruction);
+    if (apdu[2] != 0x91 || apdu[3] != 0)
+        return reply({}, sw_wrong_parameters);
+    const size_t data_size = apdu.size() > 4 ? apdu[4] : 0;
+    if (data_size == 0 || apdu.size() < 5 + data_size || apdu.size() > 6 + data_size)
+        return reply({}, sw_wrong_length);
+    const ByteView data = apdu.subspan(5, data_size);
+    if (data.size() < 3 || data[2] != data.size() - 3)
+        return reply({}, sw_wrong_data);
+    const auto tag = static_cast<uint16_t>(data[0] << 8 | data[1]);
+    for (const RequestRow& row : requests)
+        if (row.tag == tag)
+            return row.handle(data.subspan(3));
+    return reply({}, sw_data_not_found);
+}
+
+} // namespace
+
+std::optional<Bytes> read_eid(uint32_t slot) {
+    const Bytes eid = stored_eid();
+    return ready(slot) && !eid.empty() ? std::optional(eid) : std::nullopt;
+}
+
+OpenedChannel open_channel(uint32_t slot, ByteView aid, bool with_fci) {
+    OpenedChannel opened;
+    if (card_state(slot) != CardState::present) {
+        opened.error = QMI_ERR_UIM_UNINITIALIZED;
+        return opened;
+    }
+    if (!ready(slot) || !std::equal(aid.begin(), aid.end(), std::begin(isd_r), std::end(isd_r))) {
+        opened.error = QMI_ERR_NO_ENTRY;
+        opened.card_word = sw_not_found;
+        return opened;
+    }
+    std::vector<uint8_t> channels = open_channels();
+    const long limit =
+        std::clamp(setting_number("euicc/max_channels", default_max_channels), 0L, most_channels);
+    uint8_t free_one = 1;
+    while (free_one <= limit && is_open(channels, free_one))
+        ++free_one;
+    if (free_one > limit) {
+        opened.error = QMI_ERR_INSUFFICIENT_RESOURCES;
+        return opened;
+    }
+    channels.push_back(free_one);
+    store_channels(channels);
+    opened.channel = free_one;
+    opened.card_word = sw_ok;
+    if (with_fci) {
+        /* Template 6F with the application's name, tag 84. */
+        opened.select = {0x6F, 2 + sizeof isd_r, 0x84, sizeof isd_r};
+        opened.select.insert(opened.select.end(), std::begin(isd_r), std::end(isd_r));
+    }
+    return opened;
+}
+
+uint16_t close_channel(uint32_t slot, uint8_t channel) {
+    std::vector<uint8_t> channels = open_channels();
+    if (!ready(slot) || !is_open(channels, channel))
+        return QMI_ERR_INVALID_ARG;
+    std::erase(channels, channel);
+    store_channels(channels);
+    return QMI_ERR_NONE;
+}
+
+void close_all_channels() { store_channels({}); }
+
+std::optional<Bytes> exchange_apdu(uint32_t slot, uint8_t channel, ByteView apdu) {
+    if (!ready(slot) || !is_open(open_channels(), channel))
+        return std::nullopt;
+    return isd_r_apdu(apdu);
+}
+
+} // namespace simphone

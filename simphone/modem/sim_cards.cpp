@@ -1,0 +1,143 @@
+#include "modem/sim_cards.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <sstream>
+#include <string>
+
+#include "modem/euicc.h"
+#include "modem/modem.h"
+#include "phone/phone.h"
+
+namespace simphone {
+
+namespace {
+
+constexpr uint32_t euicc_slot = 2;
+
+std::string slot_file(uint32_t slot, const char* ending = "") {
+    return "sim/" + std::to_string(slot) + ending;
+}
+
+bool in_tray(uint32_t slot) {
+    return slot != euicc_slot || setting("sim/2.kind", "euicc") == "psim";
+}
+
+struct Power {
+    bool on = false;
+    int64_t since = 0;
+};
+
+Power power_of(uint32_t slot) {
+    std::istringstream words(setting(slot_file(slot, ".power"), "on"));
+    std::string word;
+    int64_t number = 0;
+    words >> word;
+    const bool numbered = static_cast<bool>(words >> number);
+    if (word == "off")
+        return {numbered && number != restart_count(), 0};
+    return {true, std::max<int64_t>(number, 0)};
+}
+
+struct Detect {
+    bool forced = false;
+    bool high = false;
+    bool for_sim_driver = false;
+};
+
+Detect detect_of(uint32_t slot) {
+    std::istringstream words(setting(slot_file(slot, ".detect"), "auto"));
+    std::string level, who;
+    words >> level >> who;
+    return {level == "low" || level == "high", level == "high", who == "sim"};
+}
+
+/* False while a running test has the tray pulled. A round begins with the pull. */
+bool tray_is_in() {
+    std::istringstream words(setting("sim/hotswap", "stop"));
+    int64_t after_push = 0, after_pull = 0, count = 0, since = 0;
+    if (!(words >> after_push >> after_pull >> count >> since))
+        return true;
+    constexpr int64_t most = UINT32_MAX;
+    after_push = std::clamp<int64_t>(after_push, 0, most);
+    after_pull = std::clamp<int64_t>(after_pull, 0, most);
+    since = std::max<int64_t>(since, 0);
+    const int64_t round = (after_push + after_pull) * 1000;
+    const int64_t elapsed = now_ms() - since;
+    if (round <= 0 || elapsed < 0 || elapsed / round >= count)
+        return true;
+    return elapsed % round >= after_pull * 1000;
+}
+
+/* What is in the slot, without power and detect line. */
+CardState content_of(uint32_t slot) {
+    const std::string text = setting(slot_file(slot), "present");
+    if (in_tray(slot) && !tray_is_in())
+        return CardState::absent;
+    return text == "present" ? CardState::present
+           : text == "error" ? CardState::error
+                             : CardState::absent;
+}
+
+} // namespace
+
+CardState card_state(uint32_t slot) {
+    CardState state = content_of(slot);
+    if (const Detect detect = detect_of(slot);
+        in_tray(slot) && detect.forced && detect.for_sim_driver) {
+        if (!detect.high)
+            state = CardState::absent;
+        else if (state == CardState::absent)
+            state = CardState::error; /* said to be there, and does not answer */
+    }
+    return state == CardState::present && !power_of(slot).on ? CardState::error : state;
+}
+
+bool card_detected(uint32_t slot) {
+    const Detect detect = detect_of(slot);
+    return detect.forced ? detect.high : content_of(slot) != CardState::absent;
+}
+
+void force_card_detect(uint32_t slot, bool for_sim_driver, bool high) {
+    write_text(slot_file(slot, ".detect"),
+               std::string(high ? "high" : "low") + (for_sim_driver ? " sim" : " general"));
+}
+
+void start_hotswap_test(uint32_t seconds_after_push, uint32_t seconds_after_pull, uint32_t count) {
+    std::ostringstream text;
+    text << seconds_after_push << ' ' << seconds_after_pull << ' ' << count << ' ' << now_ms();
+    write_text("sim/hotswap", text.str());
+}
+
+void stop_hotswap_test() { write_text("sim/hotswap", "stop"); }
+
+uint32_t card_type() { return static_cast<uint32_t>(setting_number("sim/type", 2)); }
+
+void power_slot_down(uint32_t slot) {
+    write_text(slot_file(slot, ".power"), "off " + std::to_string(restart_count()));
+    if (!in_tray(slot))
+        close_all_channels();
+}
+
+bool power_slot_up(uint32_t slot, bool ignore_detect) {
+    if (!ignore_detect && !card_detected(slot))
+        return false;
+    if (!power_of(slot).on)
+        write_text(slot_file(slot, ".power"), "on " + std::to_string(now_ms()));
+    return true;
+}
+
+bool euicc_ready(uint32_t slot, int64_t boot_ms) {
+    if (in_tray(slot) || card_state(slot) != CardState::present)
+        return false;
+    const int64_t powered_for = now_ms() - power_of(slot).since;
+    return powered_for < 0 || powered_for >= boot_ms; /* below 0: the clock was set back */
+}
+
+void connect_slot_2(bool to_tray) {
+    if (in_tray(euicc_slot) != to_tray)
+        close_all_channels();
+    write_text("sim/2.kind", to_tray ? "psim" : "euicc");
+}
+
+} // namespace simphone

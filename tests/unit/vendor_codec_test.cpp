@@ -1,0 +1,131 @@
+/* The vendor service's tables against hand-written bytes, and the decoder against bytes that lie.
+ */
+#include <cstring>
+
+#include "idl_codec.h"
+#include "orvik_extend_cmn.h"
+#include "orvik_extend_idl.h"
+#include "phone_test.h"
+
+namespace {
+
+using simphone::Bytes;
+using simphone::from_hex;
+using simphone::to_hex;
+
+const qmi_idl_service_object_type service = orvik_extend_get_service_object_internal_v01(1, 1, 6);
+
+template <typename Record> bool decode(unsigned msg_id, const Bytes& tlvs, Record& record) {
+    return simphone::decode_message(service, QMI_IDL_INDICATION, msg_id, tlvs, &record);
+}
+
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+TEST(VendorCodec, ServiceObjectOnlyForItsVersions) {
+    EXPECT_NE(service, nullptr);
+    EXPECT_EQ(orvik_extend_get_service_object_internal_v01(2, 1, 6), nullptr);
+    EXPECT_EQ(orvik_extend_get_service_object_internal_v01(1, 0, 6), nullptr);
+    EXPECT_EQ(orvik_extend_get_service_object_internal_v01(1, 1, 5), nullptr);
+}
+
+TEST(VendorCodec, RequestCrossesAsThreeTlvs) {
+    orvik_extend_common_record record{};
+    record.id = 0x04030201;
+    record.data_len = 3;
+    record.data_valid = 1;
+    std::memcpy(record.data, "\xAA\xBB\xCC", 3);
+    const auto encoded =
+        simphone::encode_message(service, QMI_IDL_REQUEST, ORVIK_EXTEND_REQUEST, &record);
+    ASSERT_TRUE(encoded);
+    EXPECT_EQ(to_hex(*encoded), "01040001020304"
+                                "02040003000000"
+                                "100002aabbcc" +
+                                    repeated("00", 509));
+    record.data_valid = 0;
+    EXPECT_EQ(to_hex(*simphone::encode_message(service, QMI_IDL_REQUEST, 2, &record)),
+              "0104000102030402040003000000");
+}
+
+TEST(VendorCodec, Request04HasItsOneByteTlv) {
+    orvik_extend_request_04 record{};
+    record.extra_valid = 1;
+    record.extra = 0x5A;
+    EXPECT_EQ(to_hex(*simphone::encode_message(service, QMI_IDL_REQUEST, 4, &record)),
+              "0104000000000002040000000000"
+              "1101005a");
+}
+
+constexpr const char* head = "01040011000000"
+                             "02040022000000";
+/* u64 8, then u32 1, 2, 3, 4 */
+constexpr const char* item_b = "080000000000000001000000020000000300000004000000";
+
+TEST(VendorCodec, Indication05Holds20ItemsA) {
+    const std::string item = "0100000000000080" + repeated("07000000", 11) + "ff000000";
+    orvik_extend_ind_05 record{};
+    const Bytes tlvs = from_hex(head + ("036004" + repeated(item, 20)));
+    ASSERT_EQ(tlvs.size(), 1137u);
+    ASSERT_TRUE(decode(0x05, tlvs, record));
+    EXPECT_EQ(record.first, 0x11u);
+    EXPECT_EQ(record.second, 0x22u);
+    EXPECT_EQ(record.items[19].value, 0x8000000000000001u);
+    EXPECT_EQ(record.items[19].values[0], 7u);
+    EXPECT_EQ(record.items[19].values[11], 255u);
+}
+
+TEST(VendorCodec, Indication06Holds10CountedArrays) {
+    orvik_extend_ind_06 record{};
+    const std::string full = "05" + repeated(item_b, 5);
+    ASSERT_TRUE(decode(0x06, from_hex(head + ("03ba04" + repeated(full, 10))), record));
+    EXPECT_EQ(record.items[9].items_len, 5u);
+    EXPECT_EQ(record.items[9].items[4].values[3], 4u);
+    /* 10 bytes of counts: nothing in any array */
+    ASSERT_TRUE(decode(0x06, from_hex(head + ("030a00" + repeated("00", 10))), record));
+    EXPECT_EQ(record.items[9].items_len, 0u);
+    /* a count of 6 in an array of 5 */
+    const std::string over = "06" + repeated(item_b, 6);
+    EXPECT_FALSE(decode(0x06, from_hex(head + ("039900" + over + repeated("00", 9))), record));
+}
+
+TEST(VendorCodec, Indications07And08AndThe41BytesOf08) {
+    orvik_extend_pair pair{};
+    ASSERT_TRUE(decode(0x07, from_hex(head), pair));
+    EXPECT_EQ(pair.second, 0x22u);
+    orvik_extend_ind_08 record{};
+    const Bytes tlvs = from_hex(head + ("031800" + std::string(item_b)));
+    ASSERT_EQ(tlvs.size(), 41u);
+    ASSERT_TRUE(decode(0x08, tlvs, record));
+    EXPECT_EQ(record.item.value, 8u);
+    EXPECT_EQ(record.item.values[3], 4u);
+}
+
+TEST(VendorCodec, BadTlvsAreRefused) {
+    orvik_extend_pair pair{};
+    for (const char* bad : {"010400110000", "0104001100000002", "01040011000000",
+                            "0105001100000000"
+                            "02040022000000",
+                            "01030011000002040022000000", "01ffff11"})
+        EXPECT_FALSE(decode(0x07, from_hex(bad), pair)) << bad;
+    EXPECT_TRUE(decode(0x07, from_hex(head + std::string("99020012ab")), pair)); /* not known */
+    EXPECT_FALSE(decode(0x04, from_hex(head), pair));                            /* no such one */
+}
+
+class VendorIndication : public PhoneTest {};
+
+TEST_F(VendorIndication, OtherMessageIdsAndLyingLengthsDoNothing) {
+    uint8_t bytes[8] = {1, 0xFF, 0xFF};
+    for (unsigned id = 0; id < 12; ++id) {
+        const std::string text =
+            printed([&] { orvik_extend_qmi_ind_cb(nullptr, id, bytes, sizeof bytes, nullptr); });
+        EXPECT_EQ(text, id == 3 ? "ORVIK__EXTEND_QMI: Indication msg_id=0x3 buf_len=8 \n"
+                                  "No function defined to handle indication: 0"
+                                : "");
+    }
+}
+
+} // namespace
