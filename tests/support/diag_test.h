@@ -19,8 +19,9 @@ class DiagTest : public PhoneTest {
 
     DiagTest() {
         g_orvik_diag_pauses.tick = 10'000;
-        g_orvik_diag_pauses.callback_worker = 50'000;
-        g_orvik_diag_pauses.dci_worker = 50'000;
+        g_orvik_diag_pauses.callback_worker = 150'000;
+        g_orvik_diag_pauses.dci_worker = 150'000;
+        forget_responses();
     }
 
     /* Wait threads that are still at their last tick write to the phone's log. */
@@ -59,6 +60,15 @@ class DiagTest : public PhoneTest {
             EXPECT_TRUE(orvik_diag_wait_for_workers(10'000));
         });
         return sent;
+    }
+
+    /* The engine keeps the last response for as long as the process lives; DCI mode frees it. */
+    void forget_responses() {
+        send(callback, "\x7B");
+        put("diag/silent", "1");
+        send(dci, "\x7B", 0);
+        put("diag/silent", "0");
+        put("log", "");
     }
 
     /* Bytes that differ from their neighbours, 4096 apart too. */

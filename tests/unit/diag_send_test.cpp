@@ -43,6 +43,8 @@ TEST_F(DiagTest, TimeLimitsCountInTicks) {
     EXPECT_THAT(shown(dci, 70000), HasSubstr("Dci Command time = 700"));
 
     put("diag/silent", "1");
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(100)); /* no earlier wait thread's ticks */
     const Sent sent = send(dci, "\x7B", 99);
     EXPECT_EQ(sent.result, 1);
     EXPECT_THAT(sent.text, HasSubstr("Dci Command time = 0"));
@@ -75,7 +77,7 @@ TEST_F(DiagTest, AnswersOfEverySizeAndChunking) {
         const std::string answer = pattern(c.size);
         put("diag/10", answer);
         put("diag/dci_chunk", std::to_string(c.chunk));
-        const Sent sent = send(c.mode, "\x10", 1000);
+        const Sent sent = send(c.mode, "\x10", 2000);
         EXPECT_EQ(sent.result, 0);
         EXPECT_EQ(sent.reply.size(), c.length);
         EXPECT_TRUE(sent.reply == answer.substr(0, c.length)) << "wrong bytes";
@@ -211,6 +213,28 @@ TEST_F(DiagTest, EachFailingDciCallIsToldAndTheClientReleased) {
     const Sent sent = send(dci, "\x7B");
     EXPECT_EQ(sent.result, 0);
     EXPECT_THAT(sent.text, HasSubstr("Releasing DCI connection, err: 1004, errno: 5"));
+}
+
+TEST_F(DiagTest, EachFailingCallbackModeCall) {
+    put("diag/remote_mask", "1");
+    put("faults", "diag_has_remote_device * error\n");
+    Sent sent = send(callback, "\x7B");
+    EXPECT_EQ(sent.result, 0);
+    EXPECT_THAT(sent.text, HasSubstr("remote_mask = [0]\n"));
+    for (const char* const call : {"diag_register_callback", "diag_switch_logging"}) {
+        put("faults", std::string(call) + " * error\n");
+        EXPECT_EQ(send(callback, "\x7B", 200).result, 1) << call;
+    }
+    put("faults", "diag_callback_send_data:0x7b * error 7\n");
+    put("log", "");
+    sent = send(callback, "\x7B");
+    EXPECT_EQ(sent.result, 1);
+    EXPECT_THAT(sent.text, HasSubstr("ret_send = 7, will wait callback"));
+    EXPECT_THAT(sent.text, HasSubstr("Fail to send diag cmd"));
+    EXPECT_EQ(logged({"call diag_switch_logging"}), 2);
+    EXPECT_EQ(logged({"call Diag_LSM_DeInit"}), 1);
+    put("faults", "diag_register_remote_callback * error\nDiag_LSM_DeInit * error\n");
+    EXPECT_EQ(send(callback, "\x7B").result, 0);
 }
 
 TEST_F(DiagTest, AModemThatIsDownStillGetsTheRequest) {
