@@ -2,6 +2,9 @@
 add_compile_options(
   -Wall -Wextra -Wshadow -Wformat=2 -Wcast-align -Wnon-virtual-dtor -Wimplicit-fallthrough -Wundef
   -Wvla)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wno-restrict) # false alarms about std::string in GCC 12
+endif()
 if(KVT_WERROR)
   add_compile_options(-Werror)
 endif()

@@ -1,5 +1,8 @@
 /* DIAG responses, as libdiag's thread hands them over: chunks of a DCI response, packets of
  * callback mode, streams, any processor. */
+#include <algorithm>
+#include <vector>
+
 #include "fuzz_phone.h"
 #include "orvik_diag_send.h"
 

@@ -1,4 +1,7 @@
 /* Indications of the vendor service and of vs: message id (u16) and bytes, undecoded. */
+#include <iterator>
+#include <vector>
+
 #include "fuzz_phone.h"
 #include "orvik_extend_cmn.h"
 #include "service_client.h"
@@ -11,7 +14,7 @@ void handler(uint32_t, void* payload, uint32_t size) {
     uint32_t sum = 0;
     for (uint32_t i = 0; i < size; ++i)
         sum += static_cast<const uint8_t*>(payload)[i];
-    static volatile uint32_t seen;
+    [[maybe_unused]] static volatile uint32_t seen;
     seen = sum;
 }
 

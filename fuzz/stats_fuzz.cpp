@@ -1,9 +1,11 @@
 /* What the modem says of its statistics: replies of single items through group 9's readers, and the
  * debug-information blocks of group 7, which come in the 508 bytes of a common reply. */
 #include <algorithm>
+#include <iterator>
+#include <vector>
 
+#include "debug_info.h"
 #include "fuzz_phone.h"
-#include "modem_stats_test.h"
 #include "qmi_modem_stats_test.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

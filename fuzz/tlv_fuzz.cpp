@@ -2,6 +2,8 @@
  * as request, response or indication of any message. Both readers must agree on whether a run of
  * TLVs ends in the middle of one. */
 #include <cstdlib>
+#include <iterator>
+#include <vector>
 
 #include "fuzz_phone.h"
 #include "idl_codec.h"

@@ -17,7 +17,7 @@ class QtiSharedMutex {
     QtiSharedMutex& operator=(const QtiSharedMutex&) = delete;
 
   private:
-    alignas(max_align_t) unsigned char storage_[1024];
+    [[maybe_unused]] alignas(max_align_t) unsigned char storage_[1024];
 };
 
 /* The same two symbols as functions, whose addresses can be asked for: null when the phone has

@@ -27,13 +27,12 @@ constexpr size_t req_len_cur = 84;
 constexpr size_t req_data = 88;
 constexpr size_t req_size = 512;
 
-/* Response payload: 20 bytes and up to 424 of data. */
-constexpr size_t rsp_data = 20;
-constexpr size_t chunk_max = 424;
+constexpr size_t chunk_max = 424; /* bytes of data in a request or response */
 
 constexpr uint16_t new_instance = 255;
 constexpr uint32_t subscriptions = 2;
 
+/* Response payload: 20 bytes, then data. */
 Bytes response(int32_t result, size_t len_all = 0, ByteView data = {}) {
     Bytes bytes(4);
     put_le(bytes, len_all, 4);
