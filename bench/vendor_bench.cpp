@@ -91,7 +91,6 @@ void bare_exchanges(benchmark::State& state) {
             send();
         }
     }
-    qmi_client_release(client);
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * file_size * 2);
 }
 

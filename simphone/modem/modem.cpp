@@ -60,7 +60,7 @@ std::string service_name(uint32_t service_id) {
 
 bool service_up(uint32_t service_id) {
     const ServiceRow* row = find_service(service_id);
-    if (row == nullptr || !usable())
+    if (row == nullptr || !exists())
         return false;
     if (const int64_t left = read_restart().until - now_ms();
         left > 0 && left <= setting_number("restart_ms", default_restart_ms))
@@ -86,5 +86,7 @@ void restart_modem() {
 }
 
 uint32_t restart_count() { return read_restart().count; }
+
+int64_t restarted_ms() { return read_restart().until; }
 
 } // namespace simphone

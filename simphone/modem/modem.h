@@ -38,6 +38,9 @@ void restart_modem();
 /* Restarts so far; clients that were made before the last one are dead. */
 uint32_t restart_count();
 
+/* When the services are, or were, back after the last restart; 0 without one. */
+int64_t restarted_ms();
+
 /* Service numbers. */
 enum : uint32_t {
     service_nas = 3,

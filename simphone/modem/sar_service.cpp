@@ -3,8 +3,6 @@
  *     sar/dsi   index of the back-off table in force (0); "none": the answer holds no state */
 #include "modem/modem.h"
 
-#include <cstdlib>
-
 #include "phone/phone.h"
 
 namespace simphone {
@@ -21,7 +19,7 @@ class SarService : public Service {
             return response.result(QMI_ERR_INVALID_QMI_CMD).take();
         response.result(QMI_ERR_NONE);
         if (const std::string dsi = setting("sar/dsi", "0"); dsi != "none")
-            response.number(0x10, std::strtoul(dsi.c_str(), nullptr, 0), 4);
+            response.number(0x10, static_cast<uint64_t>(number_of(dsi)), 4);
         return response.take();
     }
 };

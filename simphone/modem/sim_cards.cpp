@@ -35,8 +35,8 @@ Power power_of(uint32_t slot) {
     words >> word;
     const bool numbered = static_cast<bool>(words >> number);
     if (word == "off")
-        return {numbered && number != restart_count(), 0};
-    return {true, std::max<int64_t>(number, 0)};
+        return {numbered && number != restart_count(), restarted_ms()};
+    return {true, std::max<int64_t>({number, restarted_ms(), 0})}; /* a restart powers up anew */
 }
 
 struct Detect {
@@ -79,17 +79,21 @@ CardState content_of(uint32_t slot) {
                              : CardState::absent;
 }
 
+/* The same as the SIM driver sees it: a detect line that is forced for the driver counts. */
+CardState driver_state(uint32_t slot) {
+    const CardState state = content_of(slot);
+    const Detect detect = detect_of(slot);
+    if (!in_tray(slot) || !detect.forced || !detect.for_sim_driver)
+        return state;
+    if (!detect.high)
+        return CardState::absent;
+    return state == CardState::absent ? CardState::error : state; /* there, and does not answer */
+}
+
 } // namespace
 
 CardState card_state(uint32_t slot) {
-    CardState state = content_of(slot);
-    if (const Detect detect = detect_of(slot);
-        in_tray(slot) && detect.forced && detect.for_sim_driver) {
-        if (!detect.high)
-            state = CardState::absent;
-        else if (state == CardState::absent)
-            state = CardState::error; /* said to be there, and does not answer */
-    }
+    const CardState state = driver_state(slot);
     return state == CardState::present && !power_of(slot).on ? CardState::error : state;
 }
 
@@ -120,7 +124,7 @@ void power_slot_down(uint32_t slot) {
 }
 
 bool power_slot_up(uint32_t slot, bool ignore_detect) {
-    if (!ignore_detect && !card_detected(slot))
+    if (!ignore_detect && driver_state(slot) == CardState::absent)
         return false;
     if (!power_of(slot).on)
         write_text(slot_file(slot, ".power"), "on " + std::to_string(now_ms()));

@@ -1,7 +1,8 @@
 /* The two card slots, UIM's and the vendor service's view of them. In the phone's directory (SLOT
  * is 1 or 2):
  *
- *     sim/SLOT         what is in the slot: present | absent | error
+ *     sim/SLOT         what is in the slot: present | absent | error; of slot 2 for whatever it is
+ *                      connected to
  *     sim/2.kind       what slot 2 is connected to: euicc (soldered in) | psim (the tray)
  *     sim/SLOT.power   on | off; "on" may be followed by since when, in milliseconds, "off" by the
  *                      restarts so far: the next restart of the modem powers the slot up

@@ -105,7 +105,7 @@ int32_t stats_debug_info(ByteView, Bytes& reply) {
         .queries = static_cast<uint32_t>(setting_number("stats_debug/queries", 0)) + UINT64_C(1),
         .bad_logs = log_codes().size(),
     };
-    write_text("stats_debug/queries", std::to_string(state.queries));
+    note_text("stats_debug/queries", std::to_string(state.queries));
     put_le(reply, state.version, 1);
     for (const Field& field : fields)
         if (state.version >= field.since)

@@ -3,6 +3,7 @@
 
 #include "modem/euicc.h"
 #include "modem/sim_cards.h"
+#include "phone/phone.h"
 
 namespace simphone {
 
@@ -140,7 +141,10 @@ class UimService : public Service {
                 return refuse(QMI_ERR_MISSING_ARG);
             if (*slot < 1 || *slot > sim_slots)
                 return refuse(QMI_ERR_INVALID_ARG);
-            return row.handle(request, static_cast<uint32_t>(*slot));
+            take_storage_error();
+            Bytes answer = row.handle(request, static_cast<uint32_t>(*slot));
+            /* What could not be stored must not look done. */
+            return take_storage_error() != 0 ? refuse(QMI_ERR_INTERNAL) : answer;
         }
         return refuse(QMI_ERR_INVALID_QMI_CMD);
     }

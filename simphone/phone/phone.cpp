@@ -51,24 +51,24 @@ bool write_all(int fd, const uint8_t* data, size_t size) {
     return true;
 }
 
-/* What a phone without NV items gets: an IMEI for each subscription. */
-void seed(const fs::path& dir) {
+/* What a phone without NV items gets: an IMEI for each subscription. The phone is locked. */
+void seed() {
     static constexpr uint8_t imei[2][9] = {
         {0x08, 0x4A, 0x09, 0x51, 0x24, 0x30, 0x32, 0x57, 0x81},
         {0x08, 0x4A, 0x09, 0x51, 0x24, 0x30, 0x32, 0x57, 0x99},
     };
-    const fs::path aside = dir / (".nv." + std::to_string(::getpid()));
+    const fs::path aside =
+        root() / ".nv"; /* as .aside below: what a killed one left is taken over */
     std::error_code ignored;
     for (int sub = 0; sub < 2; ++sub) {
         const std::string name = std::to_string(sub);
-        fs::create_directories(dir / "efs" / name, ignored);
+        fs::create_directories(root() / "efs" / name, ignored);
         fs::create_directories(aside / name, ignored);
-        const Fd item(aside / name / "550", O_WRONLY | O_CREAT);
+        const Fd item(aside / name / "550", O_WRONLY | O_CREAT | O_TRUNC);
         if (item.ok())
             write_all(item.get(), imei[sub], sizeof imei[sub]);
     }
-    /* Nobody meets it half done. */
-    if (::rename(aside.c_str(), (dir / "nv").c_str()) != 0)
+    if (::rename(aside.c_str(), (root() / "nv").c_str()) != 0)
         fs::remove_all(aside, ignored);
 }
 
@@ -123,31 +123,29 @@ fs::path root() {
     return dir.has_filename() ? dir : dir.parent_path();
 }
 
-bool usable() {
-    const fs::path dir = root();
-    struct stat info {};
-    if (::stat(dir.c_str(), &info) == 0) {
-        if (!S_ISDIR(info.st_mode))
-            return false;
-        if (::stat((dir / "nv").c_str(), &info) != 0)
-            seed(dir);
-        return true;
-    }
-    /* Made aside and renamed, so that nobody meets a phone that is only half seeded. */
-    const fs::path aside = dir.string() + ".new." + std::to_string(::getpid());
+bool exists() {
     std::error_code error;
-    fs::create_directories(aside, error);
-    if (error)
+    return fs::is_directory(root(), error);
+}
+
+bool usable() {
+    std::error_code error;
+    if (!exists() && !fs::create_directories(root(), error) && !exists())
         return false;
-    seed(aside);
-    if (::rename(aside.c_str(), dir.c_str()) != 0)
-        fs::remove_all(aside, error);
-    return fs::is_directory(dir, error);
+    struct stat info {};
+    if (::stat((root() / "nv").c_str(), &info) != 0) {
+        const Lock lock;
+        if (lock.held() && ::stat((root() / "nv").c_str(), &info) != 0)
+            seed();
+    }
+    return true;
 }
 
 Lock::Lock() {
-    if (lock_depth++ > 0 || !usable())
+    if (lock_depth++ > 0)
         return;
+    std::error_code error;
+    fs::create_directories(root(), error);
     const fs::path file = root() / ".lock";
     lock_fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (lock_fd < 0) /* another user's: it can be held all the same */
@@ -205,6 +203,12 @@ int remove_file(const fs::path& name) {
     return changed(::unlink((root() / name).c_str()) == 0 ? 0 : errno);
 }
 
+void note_text(const fs::path& name, const std::string& text) {
+    const int before = storage_error;
+    write_text(name, text);
+    storage_error = before;
+}
+
 int take_storage_error() { return std::exchange(storage_error, 0); }
 
 std::string setting(const fs::path& name, const std::string& default_text) {
@@ -212,11 +216,8 @@ std::string setting(const fs::path& name, const std::string& default_text) {
     if (!bytes && errno == ENOENT && usable()) {
         const Lock lock; /* another may just have made it */
         bytes = read_file(name);
-        if (!bytes && errno == ENOENT) {
-            const int before = storage_error;
-            write_text(name, default_text);
-            storage_error = before; /* a phone that can't be written has the default all the same */
-        }
+        if (!bytes && errno == ENOENT)
+            note_text(name, default_text);
     }
     if (!bytes)
         return default_text;
@@ -227,8 +228,13 @@ std::string setting(const fs::path& name, const std::string& default_text) {
     return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
+long number_of(const std::string& text) {
+    const bool hex = text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0;
+    return std::strtol(text.c_str(), nullptr, hex ? 16 : 10);
+}
+
 long setting_number(const fs::path& name, long default_value) {
-    return std::strtol(setting(name, std::to_string(default_value)).c_str(), nullptr, 0);
+    return number_of(setting(name, std::to_string(default_value)));
 }
 
 int64_t now_ms() {

@@ -19,6 +19,9 @@ std::filesystem::path root();
  */
 bool usable();
 
+/* True when the directory is there; makes none. */
+bool exists();
+
 /* Holds the phone for this thread; may be nested. A phone that can't be written may have no lock
  * file to hold: then held() is false, and nothing is written. */
 class Lock {
@@ -37,6 +40,9 @@ int write_file(const std::filesystem::path& name, ByteView bytes);
 int write_text(const std::filesystem::path& name, const std::string& text);
 int remove_file(const std::filesystem::path& name);
 
+/* Writes what the phone can do without: on a phone that can't be written nothing fails. */
+void note_text(const std::filesystem::path& name, const std::string& text);
+
 /* The errno value of the last write or removal that failed in this thread, other than for a missing
  * file, since it was asked last; 0 when there was none. For requests whose answer has no room for
  * it. */
@@ -46,6 +52,9 @@ int take_storage_error();
  * that is there but can't be read counts as the default and stays. */
 std::string setting(const std::filesystem::path& name, const std::string& default_text);
 long setting_number(const std::filesystem::path& name, long default_value);
+
+/* A number as a person writes it: decimal, or hexadecimal behind 0x. */
+long number_of(const std::string& text);
 
 /* Milliseconds since the epoch: what state files count time in. */
 int64_t now_ms();

@@ -6,7 +6,7 @@
  */
 void orvik_test_modem_stats_get_debug_info_do(int mask);
 
-/* Prints the feature's status from the data of request 20, at least 18 bytes, and which logs the
+/* Prints the feature's status from the data of request 20, at least 26 bytes, and which logs the
  * modem can't parse. */
 void orvik_modem_stats_support_status_check(unsigned char* data);
 
