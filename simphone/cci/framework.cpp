@@ -214,7 +214,11 @@ void Framework::tell_indications() {
         if (client->ind_cb != nullptr)
             listening.push_back(service_name(client->service->service_id));
     for (Waiting& indication : take_indications(listening)) {
-        log_line("qmi", "ind " + indication.service + " " + to_hex(indication.tlvs));
+        Bytes message = {4, 0, 0}; /* header: indication, no transaction, message id, length */
+        put_le(message, indication.msg_id, 2);
+        put_le(message, indication.tlvs.size(), 2);
+        message.insert(message.end(), indication.tlvs.begin(), indication.tlvs.end());
+        log_line("qmi", indication.service + " ind " + to_hex(message));
         for (const std::shared_ptr<Client>& client : all) {
             if (client->ind_cb == nullptr ||
                 service_name(client->service->service_id) != indication.service)

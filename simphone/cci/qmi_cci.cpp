@@ -214,10 +214,10 @@ qmi_client_error_type qmi_client_send_msg_sync(qmi_client_type handle, unsigned 
     const std::optional<Fault> fault =
         platform_call("qmi_client_send_msg_sync", message_name(*client, msg_id));
     const bool answered = fault && fault->kind == Fault::Kind::reply;
-    if (fault && fault->kind == Fault::Kind::timeout)
-        return QMI_TIMEOUT_ERR;
-    if (fault && (fault->kind == Fault::Kind::error || fault->kind == Fault::Kind::gone))
-        return call_result(fault);
+    if (fault && (fault->kind == Fault::Kind::error || fault->kind == Fault::Kind::gone ||
+                  fault->kind == Fault::Kind::timeout))
+        if (const int failed = call_result(fault))
+            return failed;
 
     const std::optional<uint32_t> req_size =
         message_struct_len(client->service, QMI_IDL_REQUEST, msg_id);

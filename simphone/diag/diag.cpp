@@ -156,8 +156,10 @@ ByteView take_packet(const unsigned char* buf, int len) {
 
 bool Diag_LSM_Init(unsigned char*) {
     return callback_call("Diag_LSM_Init", [] {
+               if (!usable())
+                   return false;
                Library::instance().up();
-               return usable();
+               return true;
            }) == 0;
 }
 

@@ -27,6 +27,7 @@ void Library::down() {
     std::unique_lock lock(mutex_);
     up_ = false;
     callbacks_.clear();
+    queue_.clear(); /* what is on its way reaches nobody any more */
     if (!loose)
         wait_for_callback(lock);
 }

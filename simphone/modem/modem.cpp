@@ -1,5 +1,6 @@
 #include "modem/modem.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 
@@ -47,6 +48,11 @@ Restart read_restart() {
 }
 
 constexpr long default_restart_ms = 500;
+constexpr long most_restart_ms = 24L * 60 * 60 * 1000;
+
+int64_t restart_ms() {
+    return std::clamp(setting_number("restart_ms", default_restart_ms), 0L, most_restart_ms);
+}
 
 } // namespace
 
@@ -62,8 +68,7 @@ bool service_up(uint32_t service_id) {
     const ServiceRow* row = find_service(service_id);
     if (row == nullptr || !exists())
         return false;
-    if (const int64_t left = read_restart().until - now_ms();
-        left > 0 && left <= setting_number("restart_ms", default_restart_ms))
+    if (const int64_t left = read_restart().until - now_ms(); left > 0 && left <= restart_ms())
         return false;
     std::istringstream names(setting("services", all_services));
     for (std::string name; names >> name;)
@@ -79,7 +84,7 @@ std::unique_ptr<Service> make_service(uint32_t service_id) {
 
 void restart_modem() {
     const Lock lock;
-    const int64_t back = now_ms() + setting_number("restart_ms", default_restart_ms);
+    const int64_t back = now_ms() + restart_ms();
     const uint32_t count = read_restart().count + 1;
     write_text("restart", std::to_string(count) + " " + std::to_string(back));
     log_line("modem", "restart " + std::to_string(count));

@@ -219,10 +219,14 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
     }
     if (with_result) {
         if (print) {
+            /* The thread that counted the wait may still have a line to write: not into this one.
+             */
+            flockfile(stdout);
             std::printf("\nrsp data len(%d)\nrsp data:", response_len);
             for (uint32_t i = 0; i < response_len; ++i)
                 std::printf(" 0x%02X", response[i]);
             std::putchar('\n');
+            funlockfile(stdout);
         }
     } else {
         print_line("\ndone without rsp data");

@@ -131,15 +131,17 @@ void orvik_print_data_with_hex(const uint8_t* data, uint32_t len) {
         return;
     }
     static constexpr char digits[] = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(len * 3);
+    char text[3 *
+              hex_dump_max]; /* two digits a byte, a blank before each but the first, and the NUL */
+    char* end = text;
     for (uint32_t i = 0; i < len; ++i) {
         if (i > 0)
-            text += ' ';
-        text += digits[data[i] >> 4];
-        text += digits[data[i] & 15];
+            *end++ = ' ';
+        *end++ = digits[data[i] >> 4];
+        *end++ = digits[data[i] & 15];
     }
-    ORVIK_DBG("data hex show, len(%d), data: %s", len, text.c_str());
+    *end = '\0';
+    ORVIK_DBG("data hex show, len(%d), data: %s", len, text);
 }
 
 /* ==== libdiag up and down ==== */
@@ -270,9 +272,12 @@ void* orvik_diag_cmd_send_with_result_wait_thread_proc(void* arg) {
     return nullptr;
 }
 
-void orvik_diag_cmd_send_with_result_wait_create_thread() {
+namespace {
+
+/* The thread ends this wait, whatever the current one is by then. */
+void orvik_diag_cmd_send_with_result_wait_create_thread(const std::shared_ptr<diag_wait>& wait) {
     ORVIK_FUNCTION_SCOPE();
-    auto handed = std::make_unique<std::shared_ptr<diag_wait>>(current_wait());
+    auto handed = std::make_unique<std::shared_ptr<diag_wait>>(wait);
     const int conf =
         create_detached_thread(orvik_diag_cmd_send_with_result_wait_thread_proc, handed.get());
     if (conf == 0)
@@ -280,15 +285,21 @@ void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
+} // namespace
+
+void orvik_diag_cmd_send_with_result_wait_create_thread() {
+    orvik_diag_cmd_send_with_result_wait_create_thread(current_wait());
+}
+
 namespace {
 
 /* Blocks until a response, or the time's end, is posted. */
-void wait_for_response(diag_wait& wait) {
-    orvik_diag_cmd_send_with_result_wait_create_thread();
-    while (sem_wait(&wait.done) != 0 && errno == EINTR) {
+void wait_for_response(const std::shared_ptr<diag_wait>& wait) {
+    orvik_diag_cmd_send_with_result_wait_create_thread(wait);
+    while (sem_wait(&wait->done) != 0 && errno == EINTR) {
     }
-    wait.waiting = false;
-    wait.limit = default_ticks;
+    wait->waiting = false;
+    wait->limit = default_ticks;
 }
 
 /* Copies the response to the caller; the result of the wait. */
@@ -412,7 +423,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
         const auto ticks = static_cast<int32_t>((time_out_ms & 0xFFFF) / tick_ms);
         wait->limit = ticks;
         ORVIK_DBG("Command time = %d * 100ms", ticks);
-        wait_for_response(*wait);
+        wait_for_response(wait);
         result = take_response(__func__, *wait, reply_buf, p_reply_len, capacity);
     }
     diag_switch_logging(DIAG_USB_MODE, nullptr);
@@ -646,7 +657,7 @@ int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t da
         const int32_t ticks = static_cast<int32_t>(time_out_ms) / static_cast<int32_t>(tick_ms);
         wait->limit = ticks;
         ORVIK_DBG_IN(function, "Dci Command time = %d", ticks);
-        wait_for_response(*wait);
+        wait_for_response(wait);
         const int result = take_response(function, *wait, reply_buf, p_reply_len, capacity);
         free_response();
         return result;
