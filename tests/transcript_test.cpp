@@ -158,8 +158,8 @@ void register_files(const char* suite, const fs::path& folder, const std::string
         if (entry.path().extension() == extension)
             files.push_back(entry.path());
     for (const fs::path& file : files)
-        testing::RegisterTest(suite, file.stem().c_str(), nullptr, nullptr, __FILE__,
-                              __LINE__, [file] { return new TranscriptTest(file); });
+        testing::RegisterTest(suite, file.stem().c_str(), nullptr, nullptr, __FILE__, __LINE__,
+                              [file] { return new TranscriptTest(file); });
 }
 
 } // namespace
