@@ -181,26 +181,6 @@ TEST_F(ServiceClientTest, ReleaseEndsTheWaitBetweenAttempts) {
     EXPECT_THAT(statuses().seen(), ElementsAre(1, 0));
 }
 
-/* A caller's handler may give its client up: nobody waits for himself. */
-TEST_F(ServiceClientTest, ReleaseFromAStatusCallback) {
-    for (const int32_t when : {CLIENT_CONNECTING, CLIENT_CONNECTED, CLIENT_SUSPENDING,
-                               CLIENT_SUSPENDED, CLIENT_RESUMING}) {
-        statuses().clear([when](int32_t status) {
-            if (status == when)
-                vs_client_release();
-        });
-        start_vs();
-        if (when > CLIENT_CONNECTED)
-            simphone::restart_modem();
-        ASSERT_TRUE(statuses().wait_for_last(0, 0)) << when;
-    }
-    statuses().clear();
-    EXPECT_EQ(start_vs(), 1);
-    vs_client_release();
-    EXPECT_THAT(statuses().seen(), ElementsAre(1, 3, 0));
-    expect_handles_balanced("vs_client");
-}
-
 TEST_F(ServiceClientTest, EventsThatAreNoneOfOursAreIgnored) {
     ASSERT_EQ(start_vs(), 1);
     vs_client_service_up_event(nullptr, nullptr, QMI_CLIENT_SERVICE_COUNT_INC, nullptr);
