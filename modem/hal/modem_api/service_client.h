@@ -6,8 +6,9 @@
  *   idle --client_init--> connecting --3--> connected --service down: 4--> suspending --5-->
  *   suspended --service up: 6--> connecting --3--> connected ...
  *
- * A connection that fails ends in idle with status 2 (at init) or 7 (after a resume); release ends
- * in idle with status 0 from anywhere.
+ * A connection that fails ends in idle with status 2 (at init) or 7 (after a resume). Without a
+ * worker for it, a suspension ends in idle with status 0, a resume in suspended with status 7.
+ * Release ends in idle with status 0 from anywhere.
  *
  * Threads: the framework's callbacks, the two workers and callers of the functions below may meet
  * at any moment. Each client has one mutex; it is never held during a platform call or a callback.

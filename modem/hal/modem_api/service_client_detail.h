@@ -13,7 +13,10 @@ using lock_type = std::unique_lock<std::mutex>;
  * so that it ends after it. */
 class visit {
   public:
+    enum already_type { already };
+
     explicit visit(service_client& c) : c_(c) {}
+    visit(service_client& c, already_type) : c_(c), entered_(true) {}
     ~visit() {
         if (!entered_)
             return;
@@ -35,6 +38,9 @@ class visit {
         using_handle_ = true;
         ++c_.handle_users;
     }
+
+    /* Another thread ends the visit. */
+    void leave_to_another() { entered_ = false; }
 
     void done_with_handle() {
         const lock_type lock(c_.mutex);

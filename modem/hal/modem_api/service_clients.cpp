@@ -5,16 +5,6 @@
 #include "service_objects.h"
 #include "vs_client.h"
 
-namespace {
-
-/* A worker's body as pthread_create wants it. */
-template <void (*Body)()> void* worker(void*) {
-    Body();
-    return nullptr;
-}
-
-} // namespace
-
 /* An instance: its prefix and kind, the service's accessor and minor version, what follows each
  * connection attempt and a connection, and the dispatcher of its indications. */
 #define DEFINE_SERVICE_CLIENT(PREFIX, KIND, ACCESSOR, MINOR, AFTER_ATTEMPT, AFTER_CONNECT,         \
@@ -31,8 +21,8 @@ template <void (*Body)()> void* worker(void*) {
         PREFIX##_client_service_down_event,                                                        \
         PREFIX##_client_service_up_event,                                                          \
         PREFIX##_client_command_cb,                                                                \
-        worker<PREFIX##_client_release_qmi_client_thread>,                                         \
-        worker<PREFIX##_client_resume_qmi_client_thread>,                                          \
+        PREFIX##_client_release_qmi_client_thread,                                                 \
+        PREFIX##_client_resume_qmi_client_thread,                                                  \
     };                                                                                             \
     static service_client& PREFIX##_client() {                                                     \
         static service_client& client = *new service_client(PREFIX##_traits);                      \
