@@ -79,8 +79,9 @@ void service_client_set_operational_status_callback(service_client& c,
                                                     client_operational_status_cb cb);
 int service_client_send_msg_sync(service_client& c, uint32_t msg_id, void* req, uint32_t req_len,
                                  void* resp, uint32_t resp_len);
-void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_t msg_id, void* buf,
-                              uint32_t len);
+/* function: the instance's own name, of static storage. */
+void service_client_unsol_ind(service_client& c, const char* function, qmi_client_type handle,
+                              uint32_t msg_id, void* buf, uint32_t len);
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error);
 void service_client_service_up(service_client& c, int32_t event);
 void service_client_release_worker(service_client& c);

@@ -96,10 +96,9 @@ void service_client_detail::finish_connecting(service_client& c, uint64_t genera
 
 /* ---- the framework's callbacks ---- */
 
-void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_t msg_id, void* buf,
-                              uint32_t len) {
-    static constexpr const char* name = "client_unsol_ind_cb";
-    CLIENT_LOG(c, name, "function entry");
+void service_client_unsol_ind(service_client& c, const char* function, qmi_client_type handle,
+                              uint32_t msg_id, void* buf, uint32_t len) {
+    ravex_log_line(RAVEX_LOG_DEFAULT, function, "function entry");
     visit inside(c);
     client_indication_handler handler = nullptr;
     qmi_idl_service_object_type service = nullptr;
@@ -118,21 +117,21 @@ void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_
     uint32_t size = 0;
     qmi_idl_get_message_c_struct_len(service, QMI_IDL_INDICATION, static_cast<uint16_t>(msg_id),
                                      &size);
-    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, __func__, __LINE__);
+    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, function, __LINE__);
     if (decoded == nullptr)
         return;
     const int error =
         qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, len, decoded, size);
     inside.done_with_handle();
     if (error != QMI_NO_ERR) {
-        CLIENT_LOG_AT(RAVEX_LOG_ERROR, c, name,
-                      "Indication decode failed for msg 0x%x with error %d", msg_id, error);
+        ravex_log_line(RAVEX_LOG_ERROR, function,
+                       "Indication decode failed for msg 0x%x with error %d", msg_id, error);
     } else {
         CLIENT_LOG(c, "client_ind_hdlr", "Handling indication msg 0x%x", msg_id);
         if (c.traits.indication == nullptr || !c.traits.indication(handler, msg_id, decoded, size))
             CLIENT_LOG(c, "client_ind_hdlr", "Unknown indication msg %0x", msg_id);
     }
-    ravex_free_adv(decoded, __func__, __LINE__);
+    ravex_free_adv(decoded, function, __LINE__);
 }
 
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error) {

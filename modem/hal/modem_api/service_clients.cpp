@@ -43,7 +43,7 @@
     }                                                                                              \
     void PREFIX##_client_unsol_ind_cb(qmi_client_type handle, unsigned int msg_id, void* buf,      \
                                       unsigned int len, void*) {                                   \
-        service_client_unsol_ind(PREFIX##_client(), handle, msg_id, buf, len);                     \
+        service_client_unsol_ind(PREFIX##_client(), __func__, handle, msg_id, buf, len);           \
     }                                                                                              \
     void PREFIX##_client_service_down_event(qmi_client_type handle, qmi_client_error_type error,   \
                                             void*) {                                               \
