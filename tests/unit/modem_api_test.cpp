@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <thread>
 
 #include "client_statuses.h"
@@ -239,6 +240,20 @@ TEST_F(ModemApiTest, StatisticsOfSeveralIdsAndCountsAboveTheirArrays) {
     EXPECT_EQ(stats.count, 10u);
     EXPECT_EQ(stats.entries[9].data_len, 700u);
     EXPECT_EQ(stats.entries[9].data[699], 7);
+}
+
+TEST_F(ModemApiTest, IndicationBlocksAreTracedUnderTheirInstance) {
+    static std::atomic<bool> traced;
+    traced = false;
+    put("ind/vs.0x0601", std::string("\x01\x01\x00\x07", 4));
+    int32_t id = -1;
+    const auto look = [](uint32_t, void*, uint32_t) {
+        traced = std::string_view(ravex_mem_trace_list().tail->caller) == "vs_client_unsol_ind_cb";
+    };
+    ASSERT_EQ(modem_api_init_client(CLIENT_KIND_VS, look, nullptr, &id), 0);
+    EXPECT_EQ(modem_api_set_ravex_feature_status(id, 2, 1, 1, 1), 0);
+    EXPECT_EQ(modem_api_free_client(id), 0); /* the handler has returned */
+    EXPECT_TRUE(traced);
 }
 
 /* Requests, restarts, and clients that come and go, all at once. */

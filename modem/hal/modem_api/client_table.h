@@ -12,6 +12,7 @@ struct modem_api_client {
     uint32_t kind;
     int32_t pid; /* of the creator */
     int32_t operational_status;
+    uint32_t serial; /* no two records are the same, even if they get the same address */
     client_indication_handler indication_handler;
     modem_api_status_notifier status_notifier;
     modem_api_client* next_kept;

@@ -1,6 +1,7 @@
 /* The modem API's life and its clients. */
 #include "modem_api.h"
 
+#include <atomic>
 #include <utility>
 
 #include <pthread.h>
@@ -16,6 +17,8 @@ namespace {
 
 std::mutex g_modem_api_mutex; /* guards the counter, and who may wait for the table's mutex */
 unsigned g_modem_api_init_count;
+
+std::atomic<uint32_t> g_client_serial; /* of the last record */
 
 /* Held while a client is freed. Made anew at every init and release of the API. */
 pthread_mutex_t g_client_table_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -85,14 +88,15 @@ int32_t add_record(modem_api_client* record, int32_t* other) {
     return TABLE_FULL;
 }
 
-/* Empties the slot if it still holds the record, which is then freed. */
-void remove_record(size_t id, modem_api_client* record) {
+/* Empties the slot if it still holds the record of that serial, which is then freed. */
+void remove_record(size_t id, uint32_t serial) {
     modem_api_client_table& table = g_modem_api_clients;
+    modem_api_client* record = nullptr;
     {
         const std::lock_guard guard(table.slots_mutex);
-        if (table.slots[id] != record)
+        if (table.slots[id] == nullptr || table.slots[id]->serial != serial)
             return;
-        table.slots[id] = nullptr;
+        record = std::exchange(table.slots[id], nullptr);
     }
     free_record(record);
 }
@@ -144,6 +148,7 @@ int modem_api_init_client(uint32_t kind, client_indication_handler indication_ha
     const client_kind_row& row = kinds[kind];
     record->kind = kind;
     record->pid = ::getpid();
+    const uint32_t serial = record->serial = ++g_client_serial;
     record->indication_handler = indication_handler;
     record->status_notifier = status_notifier;
 
@@ -167,7 +172,7 @@ int modem_api_init_client(uint32_t kind, client_indication_handler indication_ha
 
     row.set_status_callback(modem_api_operational_status_cb);
     if (row.init(indication_handler) == 0) {
-        remove_record(static_cast<size_t>(id), record);
+        remove_record(static_cast<size_t>(id), serial);
         return MODEM_API_FAILURE;
     }
     if (row.second_sub >= 0)
@@ -185,21 +190,18 @@ int modem_api_free_client(int32_t client_id) {
     }
     const auto id = static_cast<size_t>(client_id);
     const client_table_guard guard;
-    modem_api_client* record = nullptr;
-    uint32_t kind = CLIENT_KINDS;
+    modem_api_client found{};
     {
         const std::lock_guard slots(table.slots_mutex);
-        record = table.slots[id];
-        if (record != nullptr)
-            kind = record->kind;
+        if (table.slots[id] == nullptr) {
+            RAVEX_LOG("client already freed");
+            return MODEM_API_OK;
+        }
+        found = *table.slots[id];
     }
-    if (record == nullptr) {
-        RAVEX_LOG("client already freed");
-        return MODEM_API_OK;
-    }
-    if (kind < CLIENT_KINDS)
-        kinds[kind].release();
-    remove_record(id, record);
+    if (found.kind < CLIENT_KINDS)
+        kinds[found.kind].release();
+    remove_record(id, found.serial);
     return MODEM_API_OK;
 }
 

@@ -4,9 +4,11 @@
  * checks that the client is there, of the right kind and connected. Clients of the kinds 0 to 3
  * (CLIENT_KIND_...) stand on the service clients vs, sar, nas_0 and nas_1.
  *
- * Operations may be called from any thread, from the handlers too. modem_api_init_client,
- * modem_api_free_client and modem_api_release are not for handlers: they may wait for one to
- * return. */
+ * Operations, the calls with a client id but modem_api_free_client, may be called from any thread.
+ * A notifier that is told of a connection may call them too; other handlers run on threads that
+ * the framework may need to bring the answer, so an operation there may wait for its whole
+ * time-out. modem_api_init, modem_api_release, modem_api_init_client and modem_api_free_client are
+ * not for handlers: they may wait for one to return. */
 #pragma once
 
 #include <cstddef>

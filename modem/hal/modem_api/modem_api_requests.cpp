@@ -136,7 +136,6 @@ int modem_api_get_stats_parameter(int32_t client_id, uint16_t sub, uint16_t numb
         return MODEM_API_FAILURE;
     /* Through a structure of our own: out is only known to be words. */
     modem_api_stats stats{};
-    std::memcpy(&stats, out, sizeof stats);
     modem_api_fill_stats(resp, stats);
     std::memcpy(out, &stats, sizeof stats);
     return MODEM_API_OK;

@@ -6,16 +6,19 @@
  *   idle --client_init--> connecting --3--> connected --service down: 4--> suspending --5-->
  *   suspended --service up: 6--> connecting --3--> connected ...
  *
- * A connection that fails ends in idle with status 2 (at init) or 7 (after a resume); release ends
- * in idle with status 0 from anywhere.
+ * A connection that fails ends in idle with status 2 (at init) or 7 (after a resume). Without a
+ * worker for it, a suspension ends in idle with status 0, a resume in suspended with status 7.
+ * Release ends in idle with status 0 from anywhere.
  *
  * Threads: the framework's callbacks, the two workers and callers of the functions below may meet
  * at any moment. Each client has one mutex; it is never held during a platform call or a callback.
  * Whoever is inside a callback, worker or call is counted, and release waits until nobody is, so
- * no handle is released under anybody's hands. A thread that releases a client from within one of
- * the client's own callbacks does not wait for itself. An event that comes in the middle of a
- * connection or a suspension waits until that is over and is then acted on by the thread that did
- * it: statuses always arrive in the order above. */
+ * no handle is released under anybody's hands. An event that comes in the middle of a connection or
+ * a suspension waits until that is over and is then acted on by the thread that did it: statuses
+ * always arrive in the order above.
+ *
+ * PREFIX_init, PREFIX_client_init, PREFIX_client_init_client_handles and PREFIX_client_release are
+ * not for the client's own callbacks, whose end they may wait for. */
 #pragma once
 
 #include <atomic>

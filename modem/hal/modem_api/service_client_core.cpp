@@ -12,8 +12,6 @@ client_function_name::client_function_name(const service_client& c, const char* 
 
 namespace service_client_detail {
 
-thread_local int t_inside[CLIENT_KINDS];
-
 namespace {
 
 constexpr qmi_service_instance any_port = QMI_CLIENT_INSTANCE_ANY;
@@ -120,7 +118,6 @@ namespace {
 
 /* Claims the client for connecting; false while somebody else connects or suspends it. */
 bool begin_connecting(service_client& c, lock_type& lock) {
-    const stand_aside aside(c);
     c.changed.wait(lock, [&] { return !c.taking_down; });
     if (c.phase != service_client::idle && c.phase != service_client::connected &&
         c.phase != service_client::suspended)
@@ -135,7 +132,6 @@ bool begin_connecting(service_client& c, lock_type& lock) {
 /* Ends whatever the client is doing, releases its handles and clears the context. */
 void take_down(service_client& c, bool tell) {
     lock_type lock(c.mutex);
-    const stand_aside aside(c);
     c.changed.wait(lock, [&] { return !c.taking_down; });
     c.taking_down = true;
     ++c.generation;

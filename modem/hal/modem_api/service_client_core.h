@@ -26,8 +26,8 @@ struct service_client_traits {
     qmi_client_error_cb service_down_event;
     qmi_client_notify_cb service_up_event;
     client_command_cb command_cb;
-    void* (*release_worker)(void*);
-    void* (*resume_worker)(void*);
+    void (*release_worker)();
+    void (*resume_worker)();
 };
 
 struct service_client_context {
@@ -62,9 +62,9 @@ struct service_client {
     std::condition_variable changed;
     service_client_context context{};
     phase_type phase = idle;
-    bool event_pending = false; /* down while connecting, up while suspending */
+    bool event_pending = false; /* down while connecting, up while suspending or resume_due */
     uint64_t generation = 0;    /* init and release raise it: what began before must stop */
-    int inside = 0;             /* threads in callbacks, workers and calls */
+    int inside = 0;             /* callbacks, workers and calls under way */
     int handle_users = 0;       /* threads that use client_handle right now */
     bool taking_down = false;
     qmi_client_type released_handle = nullptr; /* the last one: its late callbacks are dropped */
@@ -79,8 +79,9 @@ void service_client_set_operational_status_callback(service_client& c,
                                                     client_operational_status_cb cb);
 int service_client_send_msg_sync(service_client& c, uint32_t msg_id, void* req, uint32_t req_len,
                                  void* resp, uint32_t resp_len);
-void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_t msg_id, void* buf,
-                              uint32_t len);
+/* function: the instance's own name, of static storage. */
+void service_client_unsol_ind(service_client& c, const char* function, qmi_client_type handle,
+                              uint32_t msg_id, void* buf, uint32_t len);
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error);
 void service_client_service_up(service_client& c, int32_t event);
 void service_client_release_worker(service_client& c);

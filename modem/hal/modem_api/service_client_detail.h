@@ -9,20 +9,19 @@ namespace service_client_detail {
 
 using lock_type = std::unique_lock<std::mutex>;
 
-/* How deep this thread is inside each client. */
-extern thread_local int t_inside[CLIENT_KINDS];
-
 /* Counts the thread as inside from enter to the end of the scope. Declared before the scope's lock,
  * so that it ends after it. */
 class visit {
   public:
+    enum already_type { already };
+
     explicit visit(service_client& c) : c_(c) {}
+    visit(service_client& c, already_type) : c_(c), entered_(true) {}
     ~visit() {
         if (!entered_)
             return;
         const lock_type lock(c_.mutex);
         --c_.inside;
-        --t_inside[c_.traits.kind];
         c_.handle_users -= using_handle_ ? 1 : 0;
         c_.changed.notify_all();
     }
@@ -33,13 +32,15 @@ class visit {
     void enter() {
         entered_ = true;
         ++c_.inside;
-        ++t_inside[c_.traits.kind];
     }
     void enter_with_handle() {
         enter();
         using_handle_ = true;
         ++c_.handle_users;
     }
+
+    /* Another thread ends the visit. */
+    void leave_to_another() { entered_ = false; }
 
     void done_with_handle() {
         const lock_type lock(c_.mutex);
@@ -52,23 +53,6 @@ class visit {
     service_client& c_;
     bool entered_ = false;
     bool using_handle_ = false;
-};
-
-/* While a thread waits for the others to leave, it counts as outside: a callback may release its
- * own client, and two may do it at once. The mutex is held. */
-class stand_aside {
-  public:
-    explicit stand_aside(service_client& c) : c_(c), depth_(t_inside[c.traits.kind]) {
-        c_.inside -= depth_;
-        c_.changed.notify_all();
-    }
-    ~stand_aside() { c_.inside += depth_; }
-    stand_aside(const stand_aside&) = delete;
-    stand_aside& operator=(const stand_aside&) = delete;
-
-  private:
-    service_client& c_;
-    int depth_;
 };
 
 /* False when the client was released or initialised anew since generation. */

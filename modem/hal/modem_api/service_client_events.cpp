@@ -9,41 +9,60 @@ using namespace service_client_detail;
 
 namespace {
 
-/* Workers are detached: nobody joins them, and release waits for them by count. */
-bool start_worker(void* (*body)(void*)) {
+using worker_body = void (*service_client_traits::*)();
+
+template <worker_body Body> void* run_worker(void* client) {
+    auto& c = *static_cast<service_client*>(client);
+    const visit inside(c, visit::already);
+    (c.traits.*Body)();
+    return nullptr;
+}
+
+/* Workers are detached: nobody joins them, and release waits for them by count. A worker counts
+ * before it exists, so that none of an earlier generation is left to run. The caller is inside. */
+template <worker_body Body> bool start_worker(service_client& c) {
     pthread_attr_t attr;
     if (pthread_attr_init(&attr) != 0)
         return false;
     pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
+    visit worker(c);
+    {
+        const lock_type lock(c.mutex);
+        worker.enter();
+    }
     pthread_t thread{};
-    const int error = g_client_thread_create(&thread, &attr, body, nullptr);
+    const bool started = g_client_thread_create(&thread, &attr, run_worker<Body>, &c) == 0;
+    if (started)
+        worker.leave_to_another();
     pthread_attr_destroy(&attr);
-    return error == 0;
+    return started;
 }
 
-/* Tells that a transition begins and starts its worker; failed is told when there is none. */
-void enter(service_client& c, uint64_t generation, int32_t entering, void* (*worker)(void*),
-           int32_t failed) {
-    report(c, generation, entering);
-    if (!current(c, generation) || start_worker(worker))
+void finish_suspending(service_client& c, uint64_t generation);
+
+/* Both tell that a transition begins and start its worker. Without one, the client is idle again,
+ * or still suspended: the notifier stands, so the next service up gives it another try. */
+void enter_suspend(service_client& c, uint64_t generation) {
+    report(c, generation, CLIENT_SUSPENDING);
+    if (!current(c, generation) || start_worker<&service_client_traits::release_worker>(c))
         return;
     {
         const lock_type lock(c.mutex);
         if (c.generation == generation)
             c.phase = service_client::idle;
     }
-    report(c, generation, failed);
-}
-
-void enter_suspend(service_client& c, uint64_t generation) {
-    enter(c, generation, CLIENT_SUSPENDING, c.traits.release_worker, CLIENT_RELEASED);
+    report(c, generation, CLIENT_RELEASED);
 }
 
 void enter_resume(service_client& c, uint64_t generation) {
-    enter(c, generation, CLIENT_RESUMING, c.traits.resume_worker, CLIENT_RESUME_FAILED);
+    report(c, generation, CLIENT_RESUMING);
+    if (!current(c, generation) || start_worker<&service_client_traits::resume_worker>(c))
+        return;
+    report(c, generation, CLIENT_RESUME_FAILED);
+    finish_suspending(c, generation);
 }
 
-/* Ends the suspending phase and acts on a service that came up in the meantime. */
+/* The client is suspended now; acts on a service that came up in the meantime. */
 void finish_suspending(service_client& c, uint64_t generation) {
     {
         const lock_type lock(c.mutex);
@@ -77,10 +96,9 @@ void service_client_detail::finish_connecting(service_client& c, uint64_t genera
 
 /* ---- the framework's callbacks ---- */
 
-void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_t msg_id, void* buf,
-                              uint32_t len) {
-    static constexpr const char* name = "client_unsol_ind_cb";
-    CLIENT_LOG(c, name, "function entry");
+void service_client_unsol_ind(service_client& c, const char* function, qmi_client_type handle,
+                              uint32_t msg_id, void* buf, uint32_t len) {
+    ravex_log_line(RAVEX_LOG_DEFAULT, function, "function entry");
     visit inside(c);
     client_indication_handler handler = nullptr;
     qmi_idl_service_object_type service = nullptr;
@@ -99,21 +117,21 @@ void service_client_unsol_ind(service_client& c, qmi_client_type handle, uint32_
     uint32_t size = 0;
     qmi_idl_get_message_c_struct_len(service, QMI_IDL_INDICATION, static_cast<uint16_t>(msg_id),
                                      &size);
-    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, __func__, __LINE__);
+    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, function, __LINE__);
     if (decoded == nullptr)
         return;
     const int error =
         qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, len, decoded, size);
     inside.done_with_handle();
     if (error != QMI_NO_ERR) {
-        CLIENT_LOG_AT(RAVEX_LOG_ERROR, c, name,
-                      "Indication decode failed for msg 0x%x with error %d", msg_id, error);
+        ravex_log_line(RAVEX_LOG_ERROR, function,
+                       "Indication decode failed for msg 0x%x with error %d", msg_id, error);
     } else {
         CLIENT_LOG(c, "client_ind_hdlr", "Handling indication msg 0x%x", msg_id);
         if (c.traits.indication == nullptr || !c.traits.indication(handler, msg_id, decoded, size))
             CLIENT_LOG(c, "client_ind_hdlr", "Unknown indication msg %0x", msg_id);
     }
-    ravex_free_adv(decoded, __func__, __LINE__);
+    ravex_free_adv(decoded, function, __LINE__);
 }
 
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error) {
@@ -144,7 +162,7 @@ void service_client_service_up(service_client& c, int32_t event) {
         const lock_type lock(c.mutex);
         if (c.taking_down)
             return;
-        if (c.phase == service_client::suspending)
+        if (c.phase == service_client::suspending || c.phase == service_client::resume_due)
             c.event_pending = true;
         if (c.phase != service_client::suspended)
             return;
@@ -155,11 +173,10 @@ void service_client_service_up(service_client& c, int32_t event) {
     enter_resume(c, generation);
 }
 
-/* ---- workers ---- */
+/* ---- workers: counted as inside by who starts them ---- */
 
 void service_client_release_worker(service_client& c) {
     static constexpr const char* name = "client_release_qmi_client_thread";
-    visit inside(c);
     uint64_t generation = 0;
     qmi_idl_service_object_type service = nullptr;
     {
@@ -169,7 +186,6 @@ void service_client_release_worker(service_client& c) {
         c.phase = service_client::suspending;
         c.event_pending = false;
         generation = c.generation;
-        inside.enter();
         drop_client_handle(c, lock);
     }
     report(c, generation, CLIENT_SUSPENDED);
@@ -196,7 +212,6 @@ void service_client_release_worker(service_client& c) {
 }
 
 void service_client_resume_worker(service_client& c) {
-    visit inside(c);
     uint64_t generation = 0;
     {
         const lock_type lock(c.mutex);
@@ -205,7 +220,6 @@ void service_client_resume_worker(service_client& c) {
         c.phase = service_client::connecting;
         c.event_pending = false;
         generation = c.generation;
-        inside.enter();
     }
     const bool connected = connect(c, generation); /* releases the notifier first */
     report(c, generation, connected ? CLIENT_CONNECTED : CLIENT_RESUME_FAILED);

@@ -5,16 +5,6 @@
 #include "service_objects.h"
 #include "vs_client.h"
 
-namespace {
-
-/* A worker's body as pthread_create wants it. */
-template <void (*Body)()> void* worker(void*) {
-    Body();
-    return nullptr;
-}
-
-} // namespace
-
 /* An instance: its prefix and kind, the service's accessor and minor version, what follows each
  * connection attempt and a connection, and the dispatcher of its indications. */
 #define DEFINE_SERVICE_CLIENT(PREFIX, KIND, ACCESSOR, MINOR, AFTER_ATTEMPT, AFTER_CONNECT,         \
@@ -31,8 +21,8 @@ template <void (*Body)()> void* worker(void*) {
         PREFIX##_client_service_down_event,                                                        \
         PREFIX##_client_service_up_event,                                                          \
         PREFIX##_client_command_cb,                                                                \
-        worker<PREFIX##_client_release_qmi_client_thread>,                                         \
-        worker<PREFIX##_client_resume_qmi_client_thread>,                                          \
+        PREFIX##_client_release_qmi_client_thread,                                                 \
+        PREFIX##_client_resume_qmi_client_thread,                                                  \
     };                                                                                             \
     static service_client& PREFIX##_client() {                                                     \
         static service_client& client = *new service_client(PREFIX##_traits);                      \
@@ -53,7 +43,7 @@ template <void (*Body)()> void* worker(void*) {
     }                                                                                              \
     void PREFIX##_client_unsol_ind_cb(qmi_client_type handle, unsigned int msg_id, void* buf,      \
                                       unsigned int len, void*) {                                   \
-        service_client_unsol_ind(PREFIX##_client(), handle, msg_id, buf, len);                     \
+        service_client_unsol_ind(PREFIX##_client(), __func__, handle, msg_id, buf, len);           \
     }                                                                                              \
     void PREFIX##_client_service_down_event(qmi_client_type handle, qmi_client_error_type error,   \
                                             void*) {                                               \
