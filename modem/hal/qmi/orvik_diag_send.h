@@ -21,7 +21,9 @@ void orvik_print_data_with_hex(const uint8_t* data, uint32_t len);
 /* *p_reply_len: in, the room in reply_buf; out, the bytes copied to it, cut to that room.
  *
  * The answer collected last is what is copied, and nothing empties it before a command: after a
- * time-out (result 1) the caller gets the bytes of an earlier answer in callback mode, if any.
+ * time-out (result 1) the caller gets the bytes of an earlier answer in callback mode, if any. A
+ * length that is left from an answer whose bytes are gone, and is a multiple of 4096, ends the next
+ * wait in DCI mode as a success of 0 bytes.
  *
  * time_out_ms counts in steps of 100 ms. In callback mode 0 and anything above 60000 mean 3000. In
  * DCI mode it is taken as it is; below 100 means one step. */
