@@ -1,14 +1,15 @@
 # Installation and the Debian package: the tool, with the simulated phone's libraries in a folder of
 # their own (their names are a phone's), man page and completions.
 set(KVT_LIB_DIR ${CMAKE_INSTALL_LIBDIR}/kvt)
-set(KVT_BIN_TO_LIB "$ORIGIN/../${KVT_LIB_DIR}")
 
 function(kvt_install)
-  set_target_properties(kvt PROPERTIES INSTALL_RPATH "${KVT_BIN_TO_LIB}")
+  # One RUNPATH for the build tree and for an installation: nothing to pad or to rewrite.
+  set_target_properties(kvt PROPERTIES BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN/../${KVT_LIB_DIR};$ORIGIN/../lib")
   install(TARGETS kvt RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   if(KVT_PLATFORM STREQUAL "simulated")
     set(PHONE simphone qmi_cci idl qmi_common_so diag cutils log qcrilNrQtiMutex)
-    set_target_properties(${PHONE} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    set_target_properties(${PHONE} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
     install(TARGETS ${PHONE} LIBRARY DESTINATION ${KVT_LIB_DIR})
   endif()
   install(FILES packaging/man/kvt.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
