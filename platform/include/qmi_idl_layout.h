@@ -2,6 +2,8 @@
  * run time for encoding and decoding. qmi_idl.h describes the bytes. */
 #pragma once
 
+#include <stddef.h>
+
 #include "qmi_idl.h"
 
 namespace qmi_idl {
@@ -139,6 +141,29 @@ constexpr uint32_t message_fields_end(const qmi_idl_type_table_entry* types,
         last = t.last;
     }
     return end;
+}
+
+/* True when the rows are sorted by message id, each states just what its message's TLVs add up to
+ * at most, and every field lies within its message's structure. A service may state another length
+ * for one message, misstated: its TLVs must then add up to real_len. */
+template <size_t Rows>
+constexpr bool rows_sound(const qmi_idl_type_table_entry* types,
+                          const qmi_idl_message_table_entry* messages,
+                          const qmi_idl_service_message_table_entry (&rows)[Rows],
+                          uint16_t misstated = 0, uint32_t real_len = 0) {
+    for (size_t i = 0; i < Rows; ++i) {
+        const qmi_idl_service_message_table_entry& row = rows[i];
+        const qmi_idl_message_table_entry& message = messages[row.message_table_message_id];
+        const uint32_t stated =
+            real_len != 0 && row.qmi_message_id == misstated ? real_len : row.max_msg_len;
+        if (i > 0 && rows[i - 1].qmi_message_id >= row.qmi_message_id)
+            return false;
+        if (max_message_wire_len(types, message.p_encoded_tlv_data) != stated)
+            return false;
+        if (message_fields_end(types, message.p_encoded_tlv_data) > message.c_struct_sz)
+            return false;
+    }
+    return true;
 }
 
 } // namespace qmi_idl

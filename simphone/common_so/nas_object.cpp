@@ -1,10 +1,9 @@
 /* Service object of the NAS service. */
+#include "qmi_idl_layout.h"
 #include "qmi_nas.h"
 
 #include <array>
 #include <iterator>
-
-#include "idl_check.h"
 
 namespace {
 
@@ -87,9 +86,9 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {QMI_NAS_SERVING_SYSTEM_IND, msg_serving_system_ind, 4},
 };
 
-static_assert(idl_rows_sound(types, messages, requests));
-static_assert(idl_rows_sound(types, messages, responses));
-static_assert(idl_rows_sound(types, messages, indications));
+static_assert(qmi_idl::rows_sound(types, messages, requests));
+static_assert(qmi_idl::rows_sound(types, messages, responses));
+static_assert(qmi_idl::rows_sound(types, messages, indications));
 
 extern const qmi_idl_type_table_object type_table;
 const qmi_idl_type_table_object* referenced_tables[] = {&type_table};

@@ -1,7 +1,7 @@
 /* Service object of the SAR service. */
 #include <iterator>
 
-#include "idl_check.h"
+#include "qmi_idl_layout.h"
 #include "qmi_sar.h"
 
 namespace {
@@ -43,8 +43,8 @@ constexpr qmi_idl_service_message_table_entry responses[] = {
     {QMI_SAR_RF_GET_STATE, msg_rf_get_state_resp, 14},
 };
 
-static_assert(idl_rows_sound(types, messages, requests));
-static_assert(idl_rows_sound(types, messages, responses));
+static_assert(qmi_idl::rows_sound(types, messages, requests));
+static_assert(qmi_idl::rows_sound(types, messages, responses));
 
 extern const qmi_idl_type_table_object type_table;
 const qmi_idl_type_table_object* referenced_tables[] = {&type_table};

@@ -1,7 +1,7 @@
 /* Service object of the UIM service. */
 #include <iterator>
 
-#include "idl_check.h"
+#include "qmi_idl_layout.h"
 #include "qmi_uim.h"
 
 namespace {
@@ -214,8 +214,8 @@ constexpr qmi_idl_service_message_table_entry responses[] = {
     {QMI_UIM_GET_EID, msg_get_eid_resp, 27},
 };
 
-static_assert(idl_rows_sound(types, messages, requests));
-static_assert(idl_rows_sound(types, messages, responses));
+static_assert(qmi_idl::rows_sound(types, messages, requests));
+static_assert(qmi_idl::rows_sound(types, messages, responses));
 
 extern const qmi_idl_type_table_object type_table;
 const qmi_idl_type_table_object* referenced_tables[] = {&type_table};

@@ -1,9 +1,8 @@
 /* Service object of the statistics service vs. */
+#include "qmi_idl_layout.h"
 #include "qmi_vs.h"
 
 #include <iterator>
-
-#include "idl_check.h"
 
 namespace {
 
@@ -157,9 +156,9 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {QMI_VS_IND_0601, msg_ind_0601, 4},
 };
 
-static_assert(idl_rows_sound(types, messages, requests));
-static_assert(idl_rows_sound(types, messages, responses));
-static_assert(idl_rows_sound(types, messages, indications));
+static_assert(qmi_idl::rows_sound(types, messages, requests));
+static_assert(qmi_idl::rows_sound(types, messages, responses));
+static_assert(qmi_idl::rows_sound(types, messages, indications));
 
 extern const qmi_idl_type_table_object type_table;
 const qmi_idl_type_table_object* referenced_tables[] = {&type_table};

@@ -118,21 +118,9 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {ORVIK_EXTEND_IND_08, msg_ind_08, 34},
 };
 
-template <size_t N> constexpr bool sound(const qmi_idl_service_message_table_entry (&rows)[N]) {
-    for (size_t i = 0; i < N; ++i) {
-        const qmi_idl_message_table_entry& message = messages[rows[i].message_table_message_id];
-        const bool stated_short = message.p_encoded_tlv_data == ind_08;
-        if (i > 0 && rows[i - 1].qmi_message_id >= rows[i].qmi_message_id)
-            return false;
-        if (qmi_idl::max_message_wire_len(types, message.p_encoded_tlv_data) !=
-            (stated_short ? 41U : rows[i].max_msg_len))
-            return false;
-        if (qmi_idl::message_fields_end(types, message.p_encoded_tlv_data) > message.c_struct_sz)
-            return false;
-    }
-    return true;
-}
-static_assert(sound(requests) && sound(responses) && sound(indications));
+static_assert(qmi_idl::rows_sound(types, messages, requests));
+static_assert(qmi_idl::rows_sound(types, messages, responses));
+static_assert(qmi_idl::rows_sound(types, messages, indications, ORVIK_EXTEND_IND_08, 41));
 
 extern const qmi_idl_type_table_object type_table;
 const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
