@@ -2,7 +2,8 @@
 
 # Packages of Debian that a part of the work needs, one name a word.
 packages_tool='g++ cmake ninja-build'
-packages_test="$packages_tool libgtest-dev libgmock-dev ccache"
+packages_lab="$packages_tool libcli11-dev nlohmann-json3-dev libtomlplusplus-dev"
+packages_test="$packages_lab libgtest-dev libgmock-dev ccache"
 packages_bench="$packages_tool libbenchmark-dev"
 packages_fuzz="$packages_tool clang libclang-rt-14-dev llvm"
 packages_arm64="$packages_test g++-aarch64-linux-gnu qemu-user"
