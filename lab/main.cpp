@@ -1,4 +1,6 @@
 /* kvt-lab: reads the command line and hands it to the verb. */
+#include <algorithm>
+#include <cstring>
 #include <functional>
 
 #include <CLI/CLI.hpp>
@@ -22,10 +24,16 @@ template <typename Options> Options& kept() {
     return options;
 }
 
-/* Everything behind the options (or behind "--") is kvt's own command line. */
+/* What stood behind the first "--". */
+std::vector<std::string> g_behind_mark;
+
+/* Everything behind the options, or behind "--", is kvt's own command line. */
 void takes_command(CLI::App& app, std::vector<std::string>& command) {
     app.prefix_command();
-    app.callback([&] { command = app.remaining(); });
+    app.callback([&] {
+        command = app.remaining();
+        command.insert(command.end(), g_behind_mark.begin(), g_behind_mark.end());
+    });
 }
 
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
@@ -54,8 +62,12 @@ int main(int argc, char** argv) {
         apps[i] = app.add_subcommand(verbs[i].name, verbs[i].meaning);
         verbs[i].read(*apps[i], common, actions[i]);
     }
+    const auto mark = std::find_if(argv, argv + argc,
+                                   [](const char* word) { return std::strcmp(word, "--") == 0; });
+    if (mark != argv + argc)
+        g_behind_mark.assign(mark + 1, argv + argc);
     try {
-        app.parse(argc, argv);
+        app.parse(static_cast<int>(mark - argv), argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
