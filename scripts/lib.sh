@@ -1,4 +1,5 @@
 # Shared by the scripts; sourced with ROOT set to the repository.
+# shellcheck shell=sh
 
 # Names of Debian's packages that debian/control asks for at build time, without those that the named
 # build profiles leave out: build_depends PROFILE...
@@ -16,17 +17,25 @@ build_depends() {
         }' "$ROOT/debian/control"
 }
 
-# Packages that a part of the work needs, one name a word.
-packages_tool="g++ $(build_depends nocheck pkg.kvt.nolab)"
-packages_lab="g++ $(build_depends nocheck)"
-packages_test="g++ ccache $(build_depends)"
-packages_bench="$packages_tool libbenchmark-dev"
-packages_fuzz="$packages_lab clang libclang-rt-14-dev llvm"
-packages_arm64="$packages_test g++-aarch64-linux-gnu qemu-user"
-packages_lint='clang-format clang-tidy shellcheck'
-packages_package='debhelper dpkg-dev fakeroot lintian'
+# Packages that a part of the work needs, one name a line.
+packages_of() {
+    case $1 in
+    tool) printf '%s\n' g++ && build_depends nocheck pkg.kvt.nolab ;;
+    lab) printf '%s\n' g++ && build_depends nocheck ;;
+    test) printf '%s\n' g++ ccache && build_depends ;;
+    bench) packages_of tool && printf '%s\n' libbenchmark-dev ;;
+    fuzz) packages_of lab && printf '%s\n' clang libclang-rt-14-dev llvm ;;
+    arm64) packages_of test && printf '%s\n' g++-aarch64-linux-gnu qemu-user ;;
+    lint) printf '%s\n' clang-format clang-tidy shellcheck ;;
+    package) printf '%s\n' debhelper dpkg-dev fakeroot lintian ;;
+    esac
+}
 
-say() { printf '%s\n' "$*" >&2; }
+# Installs what the named parts need and the machine lacks: need PART...
+need() {
+    # shellcheck disable=SC2046 # one word a package
+    need_packages $(for part in "$@"; do packages_of "$part"; done)
+}
 
 # What other systems call Debian's packages: dnf, then pacman. Names from their public lists; the build
 # was not run there.
