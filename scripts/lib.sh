@@ -1,6 +1,8 @@
 # Shared by the scripts; sourced with ROOT set to the repository.
 # shellcheck shell=sh
 
+say() { printf '%s\n' "$*" >&2; }
+
 # Names of Debian's packages that debian/control asks for at build time, without those that the named
 # build profiles leave out: build_depends PROFILE...
 build_depends() {
