@@ -2,7 +2,7 @@
 
 # Packages of Debian that a part of the work needs, one name a word.
 packages_tool='g++ cmake ninja-build'
-packages_lab="$packages_tool libcli11-dev nlohmann-json3-dev libtomlplusplus-dev"
+packages_lab="$packages_tool libcli11-dev nlohmann-json3-dev libtomlplusplus-dev libpugixml-dev libre2-dev"
 packages_test="$packages_lab libgtest-dev libgmock-dev ccache"
 packages_bench="$packages_tool libbenchmark-dev"
 packages_fuzz="$packages_tool clang libclang-rt-14-dev llvm"
