@@ -317,7 +317,8 @@ void Loader::check_template(std::string_view text, const Command& row, int line,
             known |= argument.name == wanted;
         if (!known)
             error(line, what + ": \"" + std::string(wanted) + "\" is no argument");
-        if (!as.empty() && as != ":u8" && as != ":u32" && as != ":u64" && as != ":count")
+        if (!as.empty() && as != ":u8" && as != ":u32" && as != ":u64" && as != ":count" &&
+            as != ":first")
             error(line, what + ": unknown form \"" + std::string(as.substr(1)) + "\"");
     }
 }
@@ -402,6 +403,8 @@ Command Loader::read_command(const toml::table& table) {
             error(line_of(*verdict), what + ": \"verdict\" must be a table");
     }
     row.failed = kept(storage_.rules, std::move(failed));
+    for (const std::string_view pattern : ok)
+        check_template(pattern, row, row.line, what + ": \"ok\"");
     row.ok = kept(storage_.text_lists, std::move(ok));
 
     std::vector<Verify> verify;
@@ -444,9 +447,20 @@ void Loader::load(const toml::table& root) {
     };
     shared_rules_ = shared("rules");
     shared_values_ = shared("values");
+    fields.tables("group", [&](const toml::table& table) {
+        Fields group(*this, table, "group");
+        result_.groups.push_back({static_cast<int>(group.integer("number").value_or(0)),
+                                  group.text("title", true), group.text("about", true)});
+    });
     fields.tables("command", [&](const toml::table& table) {
         result_.commands.push_back(read_command(table));
     });
+    for (const Command& row : result_.commands) {
+        const std::string first(row.words.substr(0, row.words.find(' ')));
+        if (std::none_of(result_.groups.begin(), result_.groups.end(),
+                         [&](const Group& group) { return std::to_string(group.number) == first; }))
+            error(row.line, std::string(row.words) + ": there is no group " + first);
+    }
     for (size_t i = 0; i < result_.commands.size(); ++i)
         for (size_t j = 0; j < i; ++j)
             if (result_.commands[i].words == result_.commands[j].words)
