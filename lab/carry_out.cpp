@@ -63,7 +63,7 @@ void read_back(const Runner& runner, const CommandLine& line, const Verify& way,
             std::this_thread::sleep_for(between_readings);
             continue;
         }
-        const Judgement judgement = judge(*reading.row, result);
+        const Judgement judgement = judge(reading, result);
         if (judgement.verdict == Verdict::ok) {
             outcome.verdict = Verdict::failed;
             outcome.why = "kvt " + one_line(reading.text()) + " shows no effect of it";
@@ -82,7 +82,7 @@ void read_back(const Runner& runner, const CommandLine& line, const Verify& way,
 Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOptions& options) {
     const ProcessResult result = runner(line.words, limit_of(line, options.timeout_s));
     Outcome outcome;
-    static_cast<Judgement&>(outcome) = judge(*line.row, result);
+    static_cast<Judgement&>(outcome) = judge(line, result);
     outcome.output = result.output;
     const bool worth_reading =
         outcome.verdict == Verdict::ok || outcome.verdict == Verdict::not_told;

@@ -167,7 +167,8 @@ std::vector<Shown> read_values(const Command& row, std::string_view output) {
     return values;
 }
 
-Judgement judge(const Command& row, const ProcessResult& result) {
+Judgement judge(const CommandLine& line, const ProcessResult& result) {
+    const Command& row = *line.row;
     Judgement judgement;
     const std::string how = "kvt " + how_it_ended(result);
     if (result.how == ProcessResult::not_started ||
@@ -195,7 +196,7 @@ Judgement judge(const Command& row, const ProcessResult& result) {
     }
     bool all = !row.ok.empty() && !result.cut;
     for (const std::string_view pattern : row.ok)
-        all = all && find_pattern(pattern, result.output);
+        all = all && find_pattern(filled_pattern(pattern, line), result.output);
     judgement.verdict = all ? Verdict::ok : Verdict::not_told;
     if (!all)
         judgement.why = result.cut       ? "kvt printed too much to be read"
