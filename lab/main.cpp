@@ -1,0 +1,115 @@
+/* kvt-lab: reads the command line and hands it to the verb. */
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+#include "kvt_version.h"
+#include "verbs.h"
+
+namespace {
+
+using namespace lab;
+
+/* What a verb's row adds to the command line. `chosen` is what runs when the verb was named. */
+struct Verb {
+    const char* name;
+    const char* meaning;
+    void (*read)(CLI::App& app, const Common& common, std::function<int()>& chosen);
+};
+
+/* The options of a verb, kept for the process's life: the command line is read into them. */
+template <typename Options> Options& kept() {
+    static Options options;
+    return options;
+}
+
+/* What stood behind the first "--". */
+std::vector<std::string> g_behind_mark;
+
+/* Everything behind the options, or behind "--", is kvt's own command line. */
+void takes_command(CLI::App& app, std::vector<std::string>& command) {
+    app.prefix_command();
+    app.callback([&] {
+        command = app.remaining();
+        command.insert(command.end(), g_behind_mark.begin(), g_behind_mark.end());
+    });
+}
+
+/* The words of a command of kvt; our own options may stand behind them too. */
+void takes_words(CLI::App& app, std::vector<std::string>& words, const char* meaning) {
+    app.add_option("COMMAND", words, meaning);
+    app.callback([&] { words.insert(words.end(), g_behind_mark.begin(), g_behind_mark.end()); });
+}
+
+void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    RunOptions& options = kept<RunOptions>();
+    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended");
+    takes_command(app, options.command);
+    chosen = [&] { return run(common, options); };
+}
+
+void read_describe(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DescribeOptions& options = kept<DescribeOptions>();
+    takes_words(app, options.words, "group, and sub-command: all of them when left out");
+    chosen = [&] { return describe(common, options); };
+}
+
+void read_check(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    CheckOptions& options = kept<CheckOptions>();
+    app.add_flag("--json", options.json, "one JSON object instead of a line");
+    app.add_flag("--verify", options.verify, "read back where the catalogue says how");
+    app.add_flag("--yes", options.yes, "run it although something can be lost");
+    app.add_flag("--output", options.output, "kvt's own output, to standard error");
+    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
+        ->check(CLI::PositiveNumber);
+    takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
+    chosen = [&] { return check(common, options); };
+}
+
+void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PlanOptions& options = kept<PlanOptions>();
+    app.add_option("FILE", options.file, "the plan, TOML")->required();
+    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file");
+    app.add_flag("--json", options.json, "one JSON object instead of TAP");
+    chosen = [&] { return plan(common, options); };
+}
+
+constexpr Verb verbs[] = {
+    {"describe", "what kvt's commands do, take, tell and cost", read_describe},
+    {"check", "run a command and tell whether it worked", read_check},
+    {"plan", "run the steps of a file, and undo what they set", read_plan},
+    {"run", "run kvt as it is", read_run},
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");
+    app.failure_message(CLI::FailureMessage::help);
+    Common common;
+    app.add_option("--kvt", common.kvt,
+                   "path of kvt (otherwise KVT_PROGRAM, beside kvt-lab, PATH)");
+    std::function<int()> actions[std::size(verbs)];
+    CLI::App* apps[std::size(verbs)];
+    for (size_t i = 0; i < std::size(verbs); ++i) {
+        apps[i] = app.add_subcommand(verbs[i].name, verbs[i].meaning);
+        verbs[i].read(*apps[i], common, actions[i]);
+    }
+    const auto mark = std::find_if(argv, argv + argc,
+                                   [](const char* word) { return std::strcmp(word, "--") == 0; });
+    if (mark != argv + argc)
+        g_behind_mark.assign(mark + 1, argv + argc);
+    try {
+        app.parse(static_cast<int>(mark - argv), argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    for (size_t i = 0; i < std::size(verbs); ++i)
+        if (apps[i]->parsed())
+            return actions[i]();
+    return 2;
+}

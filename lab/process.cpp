@@ -1,0 +1,176 @@
+#include "process.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace lab {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t output_max = size_t{64} << 20;
+constexpr std::chrono::milliseconds stop_grace{2000};
+
+/* What runs between fork and exec: only calls that are safe there. `report` closes on exec, or gets
+ * errno when exec fails. */
+[[noreturn]] void become(char* const* argv, char** environment, int output, int report) {
+    ::setpgid(0, 0);
+    ::signal(SIGPIPE, SIG_DFL);
+    const int input = ::open("/dev/null", O_RDONLY);
+    if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(output, 1) < 0)
+        ::_exit(127);
+    environ = environment;
+    ::execvp(argv[0], argv);
+    const int error = errno;
+    (void)!::write(report, &error, sizeof error);
+    ::_exit(127);
+}
+
+std::vector<char*> pointers(std::vector<std::string>& words) {
+    std::vector<char*> result;
+    for (std::string& word : words)
+        result.push_back(word.data());
+    result.push_back(nullptr);
+    return result;
+}
+
+/* Our environment with the settings put in place of those of the same name. */
+std::vector<std::string> merged(const std::vector<std::string>& settings) {
+    std::vector<std::string> result = settings;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const size_t name = std::strcspn(*entry, "=") + 1;
+        bool replaced = false;
+        for (const std::string& setting : settings)
+            replaced |= setting.compare(0, name, *entry, name) == 0;
+        if (!replaced)
+            result.emplace_back(*entry);
+    }
+    return result;
+}
+
+void write_all(int fd, const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t n = ::write(fd, data, size);
+        if (n < 0 && errno != EINTR)
+            return;
+        if (n > 0) {
+            data += n;
+            size -= static_cast<size_t>(n);
+        }
+    }
+}
+
+} // namespace
+
+ProcessResult run_process(const ProcessRequest& request) {
+    ProcessResult result;
+    int output[2], report[2];
+    if (::pipe2(output, O_CLOEXEC) != 0) {
+        result.status = errno;
+        return result;
+    }
+    if (::pipe2(report, O_CLOEXEC) != 0) {
+        result.status = errno;
+        ::close(output[0]);
+        ::close(output[1]);
+        return result;
+    }
+    std::vector<std::string> words = request.command, settings = merged(request.environment);
+    const std::vector<char*> argv = pointers(words);
+    std::vector<char*> environment = pointers(settings);
+    const auto started = Clock::now();
+    const pid_t pid = ::fork();
+    if (pid == 0)
+        become(argv.data(), environment.data(), output[1], report[1]);
+    const int fork_error = errno;
+    ::close(output[1]);
+    ::close(report[1]);
+    if (pid < 0) {
+        result.status = fork_error;
+        ::close(output[0]);
+        ::close(report[0]);
+        return result;
+    }
+    int exec_error = 0;
+    while (::read(report[0], &exec_error, sizeof exec_error) < 0 && errno == EINTR) {
+    }
+    ::close(report[0]);
+
+    /* Until the end of the output, or, when somebody else holds the pipe, a moment after the
+     * program's own end. */
+    int status = 0;
+    bool ended = false, open = true, late = false, stopping = false;
+    auto limit = started + request.limit;
+    while (!ended || open) {
+        const auto now = Clock::now();
+        if (request.stop != nullptr && *request.stop != 0 && !stopping) {
+            stopping = true;
+            limit = std::min(limit, now + stop_grace);
+        }
+        if (!ended && !late && now >= limit) {
+            ::kill(-pid, SIGKILL);
+            late = true;
+        }
+        pollfd fd{output[0], POLLIN, 0};
+        const int ready = open ? ::poll(&fd, 1, 5) : (::usleep(1000), 0);
+        if (ready > 0) {
+            char buffer[65536];
+            const ssize_t n = ::read(output[0], buffer, sizeof buffer);
+            if (n > 0) {
+                const size_t room = output_max - result.output.size();
+                result.output.append(buffer, std::min(room, static_cast<size_t>(n)));
+                result.cut |= static_cast<size_t>(n) > room;
+                if (request.pass_on)
+                    write_all(1, buffer, static_cast<size_t>(n));
+            } else if (n == 0 || errno != EINTR) {
+                open = false;
+            }
+        } else if (ended) {
+            break; /* what was in the pipe at the program's end is read */
+        }
+        if (!ended && ::waitpid(pid, &status, WNOHANG) == pid)
+            ended = true;
+    }
+    ::close(output[0]);
+    result.took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - started);
+    if (exec_error != 0) {
+        result.how = ProcessResult::not_started;
+        result.status = exec_error;
+    } else if (late) {
+        result.how = ProcessResult::timed_out;
+    } else if (WIFSIGNALED(status)) {
+        result.how = ProcessResult::signalled;
+        result.status = WTERMSIG(status);
+    } else {
+        result.how = ProcessResult::exited;
+        result.status = WEXITSTATUS(status);
+    }
+    return result;
+}
+
+std::string how_it_ended(const ProcessResult& result) {
+    switch (result.how) {
+    case ProcessResult::exited:
+        return "ended with status " + std::to_string(result.status);
+    case ProcessResult::signalled:
+        return "killed by signal " + std::to_string(result.status) + " (" +
+               ::strsignal(result.status) + ")";
+    case ProcessResult::timed_out:
+        return "did not end within its time and was killed";
+    case ProcessResult::not_started:
+        return std::string("could not be started: ") + std::strerror(result.status);
+    }
+    return "";
+}
+
+} // namespace lab

@@ -1,0 +1,44 @@
+/* The verbs of kvt-lab: what each takes and the function that does it. main.cpp reads the command
+ * line into these; one source per verb, named for it. Every function returns the exit status. */
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace lab {
+
+/* What every verb may need. */
+struct Common {
+    std::string kvt; /* --kvt: path of the program; empty: see find_kvt.h */
+};
+
+/* kvt-lab run -- ARGS...: kvt's output as it is; status 0 when it ran to its end. */
+struct RunOptions {
+    std::vector<std::string> command;
+    double timeout_s = 60;
+};
+int run(const Common& common, const RunOptions& options);
+
+/* kvt-lab describe [GROUP [SUB]]: the catalogue's rows as a person reads them. */
+struct DescribeOptions {
+    std::vector<std::string> words;
+};
+int describe(const Common& common, const DescribeOptions& options);
+
+/* kvt-lab check ...: the status tells the verdict; 2 when the command was not tried. */
+struct CheckOptions {
+    std::vector<std::string> command;
+    double timeout_s = 0; /* 0: by the catalogue */
+    bool json = false, verify = false, yes = false, output = false;
+};
+int check(const Common& common, const CheckOptions& options);
+
+/* kvt-lab plan FILE: 0 when every step passed, 2 when the plan is wrong and nothing was run, 128
+ * and the signal's number when one ended it. */
+struct PlanOptions {
+    std::string file, junit;
+    bool json = false;
+};
+int plan(const Common& common, const PlanOptions& options);
+
+} // namespace lab
