@@ -33,4 +33,12 @@ struct CheckOptions {
 };
 int check(const Common& common, const CheckOptions& options);
 
+/* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
+struct PagesOptions {
+    std::string folder;
+    bool check = false; /* tell which are stale instead of writing them */
+};
+struct VerbText;
+int pages(const PagesOptions& options, const std::vector<VerbText>& verbs);
+
 } // namespace lab
