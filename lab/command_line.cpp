@@ -207,6 +207,10 @@ std::string filled_pattern(std::string_view form, const CommandLine& line) {
                 pattern += shown_bytes(std::to_string(values.size()), 4);
                 return;
             }
+            if (as == "first") {
+                pattern += values.empty() ? "" : "0x" + shown_bytes(values[0], 1).substr(1);
+                return;
+            }
             const int size = as == "u8" ? 1 : as == "u32" ? 4 : as == "u64" ? 8 : 0;
             for (const std::string& value : values)
                 pattern += size == 0 ? literal_pattern(value) : shown_bytes(value, size);

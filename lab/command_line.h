@@ -30,8 +30,7 @@ using ShownWords = std::map<std::string, std::vector<std::string>>;
 std::vector<std::string> filled_words(std::string_view form, const CommandLine& line,
                                       const ShownWords& before);
 
-/* A pattern of the catalogue with {NAME}, {NAME:u8}, {NAME:u32}, {NAME:u64} and {NAME:count} filled
- * in. */
+/* A pattern of the catalogue with {NAME} and {NAME:FORM} filled in. */
 std::string filled_pattern(std::string_view form, const CommandLine& line);
 
 } // namespace lab

@@ -71,6 +71,15 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
     chosen = [&] { return check(common, options); };
 }
 
+void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PlanOptions& options = kept<PlanOptions>();
+    app.add_option("FILE", options.file, "the plan, TOML")->required();
+    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file")
+        ->type_name("FILE");
+    app.add_flag("--json", options.json, "one JSON object instead of TAP");
+    chosen = [&] { return plan(common, options); };
+}
+
 /* The verbs and options that a person is shown. */
 std::vector<VerbText> verb_texts(const CLI::App& all) {
     const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
@@ -104,6 +113,7 @@ void read_pages(CLI::App& app, const Common&, std::function<int()>& chosen) {
 constexpr Verb verbs[] = {
     {"describe", "what kvt's commands do, take, tell and cost", read_describe},
     {"check", "run a command and tell whether it worked", read_check},
+    {"plan", "run the steps of a file, and undo what they set", read_plan},
     {"run", "run kvt as it is", read_run},
     {"pages", "renew the pages that are made from the catalogue", read_pages},
 };

@@ -25,6 +25,7 @@ constexpr std::chrono::milliseconds stop_grace{2000};
  * errno when exec fails. */
 [[noreturn]] void become(char* const* argv, char** environment, int output, int report) {
     ::setpgid(0, 0);
+    ::signal(SIGPIPE, SIG_DFL);
     const int input = ::open("/dev/null", O_RDONLY);
     if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(output, 1) < 0)
         ::_exit(127);

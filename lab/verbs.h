@@ -33,6 +33,14 @@ struct CheckOptions {
 };
 int check(const Common& common, const CheckOptions& options);
 
+/* kvt-lab plan FILE: 0 when every step passed, 2 when the plan is wrong and nothing was run, 128
+ * and the signal's number when one ended it. */
+struct PlanOptions {
+    std::string file, junit;
+    bool json = false;
+};
+int plan(const Common& common, const PlanOptions& options);
+
 /* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
 struct PagesOptions {
     std::string folder;

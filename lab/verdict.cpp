@@ -33,10 +33,11 @@ size_t character_length(std::string_view text) {
     for (size_t i = 1; i < length; ++i)
         if ((byte(i) & 0xC0) != 0x80)
             return 0;
-    /* Controls above 0x7F, and forms that are longer than they need be. */
+    /* Controls above 0x7F, forms that are longer than they need be, and the last of the first
+     * 65536, which are no characters in XML. */
     if ((byte(0) == 0xC2 && byte(1) < 0xA0) || (byte(0) == 0xE0 && byte(1) < 0xA0) ||
         (byte(0) == 0xED && byte(1) > 0x9F) || (byte(0) == 0xF0 && byte(1) < 0x90) ||
-        (byte(0) == 0xF4 && byte(1) > 0x8F))
+        (byte(0) == 0xF4 && byte(1) > 0x8F) || text.substr(0, 2) == "\xEF\xBF")
         return 0;
     return length;
 }
@@ -167,7 +168,8 @@ std::vector<Shown> read_values(const Command& row, std::string_view output) {
     return values;
 }
 
-Judgement judge(const Command& row, const ProcessResult& result) {
+Judgement judge(const CommandLine& line, const ProcessResult& result) {
+    const Command& row = *line.row;
     Judgement judgement;
     const std::string how = "kvt " + how_it_ended(result);
     if (result.how == ProcessResult::not_started ||
@@ -195,7 +197,7 @@ Judgement judge(const Command& row, const ProcessResult& result) {
     }
     bool all = !row.ok.empty() && !result.cut;
     for (const std::string_view pattern : row.ok)
-        all = all && find_pattern(pattern, result.output);
+        all = all && find_pattern(filled_pattern(pattern, line), result.output);
     judgement.verdict = all ? Verdict::ok : Verdict::not_told;
     if (!all)
         judgement.why = result.cut       ? "kvt printed too much to be read"

@@ -31,7 +31,7 @@ struct Judgement {
 };
 
 /* Judges one run of a command. */
-Judgement judge(const Command& row, const ProcessResult& result);
+Judgement judge(const CommandLine& line, const ProcessResult& result);
 
 /* The values that a text tells. */
 std::vector<Shown> read_values(const Command& row, std::string_view output);
