@@ -100,12 +100,12 @@ int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
         orvik_print("rsp.result fail\n");
         return 0;
     }
-    /* Type and length are shown too. The length is believed as far as the buffer reaches. */
-    const uint64_t length = get_le(reply.data + 4, 4) + 8;
-    const size_t shown = std::min<size_t>(length, sizeof reply.data);
+    /* Type and length are shown too. The length is shown as the modem states it; bytes there are as
+     * far as the buffer reaches. */
+    const auto stated = static_cast<uint32_t>(get_le(reply.data + 4, 4) + 8);
     if (orvik_stdout_print_on()) {
-        std::printf("\ndata len(%d)\ndata:", static_cast<int>(shown));
-        print_bytes_line({reply.data, shown});
+        std::printf("\ndata len(%d)\ndata:", static_cast<int>(stated));
+        print_bytes_line({reply.data, std::min<size_t>(stated, sizeof reply.data)});
     }
     return 0;
 }
