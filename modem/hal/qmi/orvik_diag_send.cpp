@@ -81,6 +81,7 @@ struct diag_rsp_buf {
     uint8_t* prev_data;
 };
 
+/* Commands that found libdiag up, and the one that brought it up. Changed under the send mutex. */
 std::atomic<int32_t> g_diag_init_status{0};
 diag_rsp_buf g_qcril_diag_rsp_buf{};
 
@@ -330,8 +331,11 @@ void* handed_wait_thread_proc(void* arg) {
     return nullptr;
 }
 
-void orvik_diag_cmd_send_with_result_wait_create_thread(const wait_holder& wait) {
+} // namespace
+
+void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_FUNCTION_SCOPE();
+    const wait_holder wait = current_wait();
     ++wait->holders; /* for the thread */
     const int conf = create_detached_thread(handed_wait_thread_proc, wait.get());
     if (conf != 0)
@@ -339,17 +343,12 @@ void orvik_diag_cmd_send_with_result_wait_create_thread(const wait_holder& wait)
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
-} // namespace
-
-void orvik_diag_cmd_send_with_result_wait_create_thread() {
-    orvik_diag_cmd_send_with_result_wait_create_thread(current_wait());
-}
-
 namespace {
 
-/* Blocks until a response, or the time's end, is posted. */
+/* Blocks until a response, or the time's end, is posted. wait is the current one: only a sender
+ * begins a new one, and the send mutex is held. */
 void wait_for_response(const wait_holder& wait) {
-    orvik_diag_cmd_send_with_result_wait_create_thread(wait);
+    orvik_diag_cmd_send_with_result_wait_create_thread();
     while (sem_wait(&wait->done) != 0 && errno == EINTR) {
     }
     wait->waiting = false;
@@ -608,26 +607,23 @@ constexpr dci_variant dci_without_result = {
     [] { Diag_LSM_DeInit(); },
 };
 
-/* From the registered client to the request; 0 once it is sent. errno is kept at once wherever it
- * is shown, since a log line may change it. */
+/* From the registered client to the request; 0 once it is sent. */
 int send_dci_request(const char* function, const dci_variant& variant, int client_id,
                      uint16_t peripherals, const uint8_t* data, uint32_t data_len,
                      uint8_t* response_packet) {
     const int channel = local_processor;
     int err = diag_register_dci_signal_data(client_id, SIGRTMIN + 30);
-    int error_number = errno;
     if (err != DIAG_DCI_NO_ERROR) {
         ORVIK_DBG_IN(function,
                      "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
-                     channel, err, error_number);
+                     channel, err, errno);
         return 1;
     }
     ORVIK_DBG_IN(function, "DCI Status on Processors for ch%d:", channel);
     err = diag_get_dci_support_list_proc(channel, &peripherals);
-    error_number = errno;
     if (err != DIAG_DCI_NO_ERROR) {
         ORVIK_DBG_IN(function, "Could not get support list for ch %d, err: %d, errno: %d", channel,
-                     err, error_number);
+                     err, errno);
         return 1;
     }
     if ((peripherals & DIAG_CON_MPSS) != 0)
@@ -636,10 +632,9 @@ int send_dci_request(const char* function, const dci_variant& variant, int clien
         ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
     ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
     err = diag_register_dci_stream_proc(client_id, variant.log_listener, variant.event_listener);
-    error_number = errno;
     if (err != DIAG_DCI_NO_ERROR) {
         ORVIK_DBG_IN(function, "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
-                     channel, err, error_number);
+                     channel, err, errno);
         return 1;
     }
     ORVIK_DBG_IN(function, "Sending Asynchronous Command for ch:%d", channel);
@@ -660,10 +655,8 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
                     uint32_t data_len, Sent sent) {
     const std::unique_ptr<void, void (*)(void*)> response_packet(std::malloc(dci_response_size),
                                                                  std::free);
-    int error_number = errno;
     if (response_packet == nullptr) {
-        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d",
-                     error_number);
+        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d", errno);
         variant.deinit();
         return 1;
     }
@@ -672,10 +665,9 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
     uint16_t peripherals = DIAG_CON_MPSS;
     int client_id = 0;
     int err = diag_register_dci_client(&client_id, &peripherals, channel, &client_signal);
-    error_number = errno;
     if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err,
-                     error_number, channel);
+        ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err, errno,
+                     channel);
         variant.deinit();
         return 1;
     }
@@ -687,8 +679,7 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
         result = sent();
     variant.deinit();
     err = diag_release_dci_client(&client_id);
-    error_number = errno;
-    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, error_number);
+    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, errno);
     return result;
 }
 
@@ -755,10 +746,17 @@ void worker_ends() {
     g_diag_shared.worker_ended.notify_all();
 }
 
-/* A worker's thread: its body, then, after its last line, the event. */
-template <void* (*body)(void*)> void* worker_thread(void* block) {
+/* A worker's thread: its body, then, after the last line of that, the event. */
+void* callback_worker(void* block) {
     name_this_thread();
-    body(block);
+    orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(block);
+    worker_ends();
+    return nullptr;
+}
+
+void* dci_worker(void* block) {
+    name_this_thread();
+    orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(block);
     worker_ends();
     return nullptr;
 }
@@ -809,10 +807,7 @@ int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_
     std::memcpy(block + sizeof data_len, data, data_len);
     worker_begins();
     const int conf = create_detached_thread(
-        diag_work_mode == work_mode_callback
-            ? worker_thread<orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc>
-            : worker_thread<orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc>,
-        block);
+        diag_work_mode == work_mode_callback ? callback_worker : dci_worker, block);
     ORVIK_DBG("orvik daig is created, conf = %d, diag_work_mode = %d", conf, diag_work_mode);
     if (conf != 0) {
         std::free(block);

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <mutex>
 
+#include <pthread.h>
 #include <unistd.h>
 
+#include "bytes.h"
 #include "log_lines.h"
 #include "orvik_extend_idl.h"
 #include "qmi_sar.h"
@@ -38,31 +42,28 @@ qmi_client_type g_orvik_extend_client;
 qmi_client_type g_orvik_extend_notifier;
 qmi_client_os_params g_orvik_extend_os_params;
 bool g_orvik_extend_inited;
-std::atomic<bool> g_orvik_extend_service_object_fetched;
+std::once_flag g_orvik_extend_service_object_fetched;
 
-/* Guards the state block and the handle. Recursive, since the send opens the client under it. */
-std::recursive_mutex g_orvik_extend_mutex;
+/* Guards the state block, the handle and the notifier, for a whole exchange. */
+std::mutex g_orvik_extend_mutex;
 
 using common_ind_handler = void (*)(uint32_t id, const uint8_t* data, uint32_t data_len);
 using other_ind_handler = void (*)(uint32_t msg_id, const void* decoded, uint32_t size);
 
-/* Nothing in the tool registers one. */
+/* Nothing in the tool registers one, so nothing guards them. */
 constexpr uint32_t max_common_ind = 6;
 common_ind_handler g_common_ind_handlers[max_common_ind + 1];
 other_ind_handler g_other_ind_handler;
 
+/* A failure is not tried again. */
 void fetch_service_object() {
-    if (g_orvik_extend_service_object_fetched)
-        return;
-    const std::lock_guard guard(g_orvik_extend_mutex);
-    if (g_orvik_extend_service_object_fetched)
-        return;
-    orvik_extend_state = {};
-    g_orvik_extend_service_object =
-        orvik_extend_get_service_object_internal_v01(1, 1, QMI_IDL_LIBRARY_VERSION);
-    if (g_orvik_extend_service_object == nullptr)
-        std::puts("QMI get service obj failed. Check .c and .h");
-    g_orvik_extend_service_object_fetched = true; /* a failure is not tried again */
+    std::call_once(g_orvik_extend_service_object_fetched, [] {
+        orvik_extend_state = {};
+        g_orvik_extend_service_object =
+            orvik_extend_get_service_object_internal_v01(1, 1, QMI_IDL_LIBRARY_VERSION);
+        if (g_orvik_extend_service_object == nullptr)
+            std::puts("QMI get service obj failed. Check .c and .h");
+    });
 }
 
 /* Waits until the notifier is signalled or the time is up. A signal of the past must not end the
@@ -82,6 +83,107 @@ void wait_for_service() {
 int low_word(const volatile void* pointer) {
     return static_cast<int>(reinterpret_cast<uintptr_t>(pointer));
 }
+
+/* The open client, or a new one, which the caller has to keep. The mutex is held. */
+qmi_client_type open_locked() {
+    if (g_orvik_extend_client != nullptr)
+        return g_orvik_extend_client;
+    if (g_orvik_extend_service_object == nullptr)
+        return nullptr;
+
+    const qmi_idl_service_object_type service = g_orvik_extend_service_object;
+    /* The notifier stays for the life of the process; a later try uses the one there is. */
+    if (g_orvik_extend_notifier == nullptr)
+        qmi_client_notifier_init(service, &g_orvik_extend_os_params, &g_orvik_extend_notifier);
+
+    unsigned num_services = 0;
+    for (int i = 0; i < service_tries; ++i) {
+        const int error = qmi_client_get_service_list(service, nullptr, nullptr, &num_services);
+        orvik_print("ORVIK_QMI_NV: qmi_client_get_service_list() returned %d num_services = %d\n",
+                    error, num_services);
+        if (error == QMI_NO_ERR)
+            break;
+        wait_for_service();
+    }
+
+    qmi_service_info info[max_services] = {};
+    unsigned num_entries = std::min(num_services, max_services);
+    int error = qmi_client_get_service_list(service, info, &num_entries, &num_services);
+    orvik_print("qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d", error,
+                num_entries, num_services);
+
+    qmi_client_type handle = nullptr;
+    error = qmi_client_init(&info[0], service, orvik_extend_qmi_ind_cb, nullptr, nullptr, &handle);
+    orvik_print("qmi_client_init, err = %d, handle = %d, client_handle = %d", error,
+                low_word(handle), low_word(g_orvik_extend_client));
+    if (error != QMI_NO_ERR) {
+        std::printf("%d QMI client init failed\n", error);
+        return nullptr;
+    }
+    orvik_print("QMI client inited\n");
+    g_orvik_extend_inited = true;
+    return handle;
+}
+
+/* One exchange; the mutex is held. */
+int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint32_t* rsp_len) {
+    g_orvik_extend_client = open_locked();
+    if (g_orvik_extend_client == nullptr)
+        return -2;
+
+    orvik_extend_common_record& request = orvik_extend_state.request;
+    orvik_extend_common_record& response = orvik_extend_state.response;
+    request = {};
+    response = {};
+    request.id = id;
+    request.data_len = static_cast<uint32_t>(len);
+    request.data_valid = 1;
+    std::memcpy(request.data, data, static_cast<size_t>(len));
+
+    const int error =
+        qmi_client_send_msg_sync(g_orvik_extend_client, ORVIK_EXTEND_REQUEST, &request,
+                                 sizeof request, &response, sizeof response, send_timeout_ms);
+    if (error != QMI_NO_ERR) {
+        orvik_print("send msg sync failed:%d\n", error);
+        return -3;
+    }
+    if (response.id != 0) {
+        orvik_print("%d QMI service framework error. Check client\n", response.id);
+        return -3;
+    }
+    /* Neither the caller's capacity nor the record reaches further, whatever data_len says. */
+    *rsp_len = response.data_valid != 0 ? std::min(*rsp_len, response.data_len) : 0;
+    std::memcpy(rsp, response.data, *rsp_len);
+    orvik_print("orvik_extend_qmi_send_sync resp_len:%d\n", *rsp_len);
+    return 0;
+}
+
+} // namespace
+
+qmi_client_type orvik_extend_qmi_client_open() {
+    fetch_service_object();
+    const std::lock_guard guard(g_orvik_extend_mutex);
+    return open_locked();
+}
+
+int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len, void* rsp,
+                                   uint32_t* rsp_len) {
+    fetch_service_object();
+    if (data == nullptr || rsp == nullptr || rsp_len == nullptr) {
+        orvik_print("%x,  put Invalid param\n", static_cast<unsigned>(low_word(data)));
+        return -1;
+    }
+    if (len < 0 || len > ORVIK_EXTEND_DATA_SIZE || *rsp_len > ORVIK_EXTEND_DATA_SIZE) {
+        orvik_print("put data_len %d > max %d\n", len, ORVIK_EXTEND_DATA_SIZE);
+        return -1;
+    }
+    const std::lock_guard guard(g_orvik_extend_mutex);
+    const int32_t result = exchange(id, data, len, rsp, rsp_len);
+    orvik_print("orvik_extend_qmi_handle_req_cb result:%d\n", result);
+    return result;
+}
+
+namespace {
 
 template <typename Record>
 void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf, unsigned buf_len) {
@@ -110,111 +212,7 @@ void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
                                      std::min<uint32_t>(data_len, sizeof record.data));
 }
 
-/* One exchange; the mutex is held. */
-int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint32_t* rsp_len) {
-    if (g_orvik_extend_client == nullptr)
-        g_orvik_extend_client = orvik_extend_qmi_client_open();
-    if (g_orvik_extend_client == nullptr)
-        return -2;
-
-    orvik_extend_common_record& request = orvik_extend_state.request;
-    orvik_extend_common_record& response = orvik_extend_state.response;
-    request = {};
-    response = {};
-    request.id = id;
-    request.data_len = static_cast<uint32_t>(len);
-    request.data_valid = 1;
-    std::memcpy(request.data, data, static_cast<size_t>(len));
-
-    const int error =
-        qmi_client_send_msg_sync(g_orvik_extend_client, ORVIK_EXTEND_REQUEST, &request,
-                                 sizeof request, &response, sizeof response, send_timeout_ms);
-    if (error != QMI_NO_ERR) {
-        if (orvik_stdout_print_on())
-            std::printf("send msg sync failed:%d\n", error);
-        return -3;
-    }
-    if (response.id != 0) {
-        if (orvik_stdout_print_on())
-            std::printf("%d QMI service framework error. Check client\n", response.id);
-        return -3;
-    }
-    /* Neither the caller's capacity nor the record reaches further, whatever data_len says. */
-    *rsp_len = response.data_valid != 0 ? std::min(*rsp_len, response.data_len) : 0;
-    std::memcpy(rsp, response.data, *rsp_len);
-    if (orvik_stdout_print_on())
-        std::printf("orvik_extend_qmi_send_sync resp_len:%d\n", *rsp_len);
-    return 0;
-}
-
 } // namespace
-
-qmi_client_type orvik_extend_qmi_client_open() {
-    fetch_service_object();
-    const std::lock_guard guard(g_orvik_extend_mutex);
-    if (g_orvik_extend_client != nullptr)
-        return g_orvik_extend_client;
-    if (g_orvik_extend_service_object == nullptr)
-        return nullptr;
-
-    const qmi_idl_service_object_type service = g_orvik_extend_service_object;
-    /* The notifier stays for the life of the process; a later try uses the one there is. */
-    if (g_orvik_extend_notifier == nullptr)
-        qmi_client_notifier_init(service, &g_orvik_extend_os_params, &g_orvik_extend_notifier);
-
-    unsigned num_services = 0;
-    for (int i = 0; i < service_tries; ++i) {
-        const int error = qmi_client_get_service_list(service, nullptr, nullptr, &num_services);
-        if (orvik_stdout_print_on())
-            std::printf(
-                "ORVIK_QMI_NV: qmi_client_get_service_list() returned %d num_services = %d\n",
-                error, num_services);
-        if (error == QMI_NO_ERR)
-            break;
-        wait_for_service();
-    }
-
-    qmi_service_info info[max_services] = {};
-    unsigned num_entries = std::min(num_services, max_services);
-    int error = qmi_client_get_service_list(service, info, &num_entries, &num_services);
-    if (orvik_stdout_print_on())
-        std::printf("qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d",
-                    error, num_entries, num_services);
-
-    qmi_client_type handle = nullptr;
-    error = qmi_client_init(&info[0], service, orvik_extend_qmi_ind_cb, nullptr, nullptr, &handle);
-    if (orvik_stdout_print_on())
-        std::printf("qmi_client_init, err = %d, handle = %d, client_handle = %d", error,
-                    low_word(handle), low_word(g_orvik_extend_client));
-    if (error != QMI_NO_ERR) {
-        std::printf("%d QMI client init failed\n", error);
-        return nullptr;
-    }
-    if (orvik_stdout_print_on())
-        std::puts("QMI client inited");
-    g_orvik_extend_inited = true;
-    return handle;
-}
-
-int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len, void* rsp,
-                                   uint32_t* rsp_len) {
-    fetch_service_object();
-    if (data == nullptr || rsp == nullptr || rsp_len == nullptr) {
-        if (orvik_stdout_print_on())
-            std::printf("%x,  put Invalid param\n", static_cast<unsigned>(low_word(data)));
-        return -1;
-    }
-    if (len < 0 || len > ORVIK_EXTEND_DATA_SIZE || *rsp_len > ORVIK_EXTEND_DATA_SIZE) {
-        if (orvik_stdout_print_on())
-            std::printf("put data_len %d > max %d\n", len, ORVIK_EXTEND_DATA_SIZE);
-        return -1;
-    }
-    const std::lock_guard guard(g_orvik_extend_mutex);
-    const int32_t result = exchange(id, data, len, rsp, rsp_len);
-    if (orvik_stdout_print_on())
-        std::printf("orvik_extend_qmi_handle_req_cb result:%d\n", result);
-    return result;
-}
 
 void orvik_extend_qmi_ind_cb(qmi_client_type handle, unsigned int msg_id, void* buf,
                              unsigned int buf_len, void*) {
@@ -243,22 +241,10 @@ void orvik_qcril_qmi_client_common_empty_unsol_ind_cb(qmi_client_type, unsigned 
 
 namespace {
 
-constexpr uint32_t typed_record = 2;
-constexpr size_t req_data_offset = 8;
-constexpr uint32_t req_max_len = 499;
-constexpr size_t msg_type_offset = 8;
-constexpr size_t msg_len_offset = 12;
-constexpr size_t msg_data_offset = 16;
-constexpr uint32_t msg_max_len = 491;
-
-void put_u32(uint8_t* payload, size_t offset, uint32_t value) {
-    for (size_t i = 0; i < 4; ++i)
-        payload[offset + i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-int32_t send_common(const uint8_t (&payload)[ORVIK_EXTEND_DATA_SIZE], void* rsp) {
+int32_t send_common(const uint8_t* record, void* rsp) {
     uint32_t rsp_len = ORVIK_COMMON_REPLY_SIZE;
-    return orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, payload, sizeof payload, rsp, &rsp_len);
+    return orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, record, ORVIK_EXTEND_DATA_SIZE, rsp,
+                                      &rsp_len);
 }
 
 } // namespace
@@ -269,20 +255,20 @@ int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data,
         ORVIK_DBG("rsp is NULL");
         return ORVIK_USAGE_ERROR;
     }
-    if (len > req_max_len) {
+    if (len > ORVIK_COMMON_DATA_MAX) {
         ORVIK_DBG("l is out of range");
         return ORVIK_USAGE_ERROR;
     }
-    uint8_t payload[ORVIK_EXTEND_DATA_SIZE] = {};
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
     if (len > 0 && data == nullptr) {
         ORVIK_DBG("v is null");
         return ORVIK_USAGE_ERROR;
     }
-    put_u32(payload, 0, qmi_id);
+    orvik_common_record record{};
+    record.code = qmi_id;
     if (len > 0)
-        std::memcpy(payload + req_data_offset, data, len);
-    return send_common(payload, rsp);
+        std::memcpy(record.data, data, len);
+    return send_common(bytes_of(record), rsp);
 }
 
 int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* rsp) {
@@ -291,11 +277,10 @@ int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* r
         ORVIK_DBG("rsp is NULL");
         return ORVIK_USAGE_ERROR;
     }
-    uint8_t payload[ORVIK_EXTEND_DATA_SIZE] = {};
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
     ORVIK_DBG("t %d", t);
     ORVIK_DBG("l %d", l);
-    if (l > msg_max_len) {
+    if (l > ORVIK_TYPED_DATA_MAX) {
         ORVIK_DBG("l is out of range");
         return ORVIK_USAGE_ERROR;
     }
@@ -303,12 +288,13 @@ int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* r
         ORVIK_DBG("v is null");
         return ORVIK_USAGE_ERROR;
     }
-    put_u32(payload, 0, typed_record);
-    put_u32(payload, msg_type_offset, t);
-    put_u32(payload, msg_len_offset, l);
+    orvik_typed_record record{};
+    record.code = COMMON_CODE_TYPED;
+    record.type = t;
+    record.len = l;
     if (l > 0)
-        std::memcpy(payload + msg_data_offset, v, l);
-    return send_common(payload, rsp);
+        std::memcpy(record.data, v, l);
+    return send_common(bytes_of(record), rsp);
 }
 
 /* ==== SAR ==== */
@@ -351,10 +337,11 @@ namespace {
 constexpr uint32_t uim_service_wait_ms = 4000;
 constexpr uint8_t uim_max_failures = 3;
 
+/* For the thread that runs the operations; only the flag is set on the framework's. */
 qmi_client_type uim_qmi_client;
 qmi_client_os_params g_uim_os_params; /* of the one client there is at a time */
-std::atomic<uint8_t> SSR_Detected;    /* set on the framework's thread */
 uint8_t failed_cnt;                   /* failed exchanges of this client */
+std::atomic<uint8_t> SSR_Detected;
 
 } // namespace
 
@@ -426,32 +413,32 @@ template <typename Request, typename Response> struct uim_records {
     bool allocated() const { return request != nullptr && response != nullptr; }
 };
 
-/* The log lines below appear under the name of the operation that they are written for. */
+/* function: the operation under whose name the lines below are logged. */
 
-void uim_recover_from_ssr(const char* operation) {
+void uim_recover_from_ssr(const char* function) {
     if (SSR_Detected == 0)
         return;
-    ORVIK_DBG_IN(operation, "SSR_Detected, try recovery");
+    ORVIK_DBG_IN(function, "SSR_Detected, try recovery");
     uim_qmi_client_recovery();
 }
 
-/* name: what the texts call the operation. */
-bool uim_client_ready(const char* operation, const char* name) {
+/* name: what the texts call it. */
+bool uim_client_ready(const char* function, const char* name) {
     if (uim_qmi_client == nullptr) {
-        ORVIK_DBG_IN(operation, "%s try init_uim_qmi_client %p", name,
+        ORVIK_DBG_IN(function, "%s try init_uim_qmi_client %p", name,
                      static_cast<const void*>(uim_qmi_client));
         if (!init_uim_qmi_client()) {
-            ORVIK_DBG_IN(operation, "init_uim_qmi_client failed");
+            ORVIK_DBG_IN(function, "init_uim_qmi_client failed");
             return false;
         }
     }
-    ORVIK_DBG_IN(operation, "%s uim_qmi_client %p", name, static_cast<const void*>(uim_qmi_client));
+    ORVIK_DBG_IN(function, "%s uim_qmi_client %p", name, static_cast<const void*>(uim_qmi_client));
     return true;
 }
 
 /* Sends; a transport error is told and counted. */
 template <typename Request, typename Response>
-int32_t uim_send(const char* operation, unsigned msg_id,
+int32_t uim_send(const char* function, unsigned msg_id,
                  const uim_records<Request, Response>& records, bool tell_count = false) {
     const int32_t result =
         qmi_client_send_msg_sync(uim_qmi_client, msg_id, records.request.get(), sizeof(Request),
@@ -459,38 +446,38 @@ int32_t uim_send(const char* operation, unsigned msg_id,
     if (result == QMI_NO_ERR)
         return result;
     if (tell_count)
-        ORVIK_DBG_IN(operation, "send msg sync client error = %d, failed_cnt = %d", result,
+        ORVIK_DBG_IN(function, "send msg sync client error = %d, failed_cnt = %d", result,
                      failed_cnt);
     else
-        ORVIK_DBG_IN(operation, "send msg sync client error = %d", result);
+        ORVIK_DBG_IN(function, "send msg sync client error = %d", result);
     ++failed_cnt;
     return result;
 }
 
-void uim_operation_end(const char* operation, int32_t transport_result) {
+void uim_operation_end(const char* function, int32_t transport_result) {
     if (transport_result != QMI_SERVICE_ERR && failed_cnt < uim_max_failures)
         return;
-    ORVIK_DBG_IN(operation, "QMI error, try recovery");
+    ORVIK_DBG_IN(function, "QMI error, try recovery");
     uim_qmi_client_recovery();
 }
 
-int32_t uim_power_down(const char* operation, uint32_t slot) {
-    ORVIK_DBG_IN(operation, "orvik_uim_request_uicc_power_ex power down sim");
+int32_t uim_power_down(const char* function, uint32_t slot) {
+    ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power down sim");
     const uim_records<uim_power_down_req_v01, uim_plain_resp_v01> records;
     if (!records.allocated()) {
-        ORVIK_DBG_IN(operation, "uim_power_down malloc failed");
+        ORVIK_DBG_IN(function, "uim_power_down malloc failed");
         return uim_failed;
     }
     records.request->slot = slot;
-    return uim_send(operation, QMI_UIM_POWER_DOWN, records, true);
+    return uim_send(function, QMI_UIM_POWER_DOWN, records, true);
 }
 
-int32_t uim_power_up(const char* operation, uint32_t slot, bool ignore_hotswap) {
-    ORVIK_DBG_IN(operation, "orvik_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
+int32_t uim_power_up(const char* function, uint32_t slot, bool ignore_hotswap) {
+    ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
                  ignore_hotswap ? 1 : 0);
     const uim_records<uim_power_up_req_v01, uim_plain_resp_v01> records;
     if (!records.allocated()) {
-        ORVIK_DBG_IN(operation, "uim_power_up malloc failed");
+        ORVIK_DBG_IN(function, "uim_power_up malloc failed");
         return uim_failed;
     }
     records.request->slot = slot;
@@ -498,7 +485,7 @@ int32_t uim_power_up(const char* operation, uint32_t slot, bool ignore_hotswap) 
     records.request->ignore_hotswap = ignore_hotswap ? 1 : 0;
     records.request->card_mode_valid = 1;
     records.request->card_mode = 0;
-    return uim_send(operation, QMI_UIM_POWER_UP, records, true);
+    return uim_send(function, QMI_UIM_POWER_UP, records, true);
 }
 
 } // namespace

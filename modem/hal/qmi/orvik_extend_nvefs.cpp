@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <mutex>
 
+#include "bytes.h"
 #include "log_lines.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
@@ -55,7 +57,6 @@ constexpr uint16_t new_instance = 255;
 constexpr uint32_t write_chunk = 414;
 constexpr uint32_t read_stop = 102409; /* no further pass once more than this was received */
 constexpr uint32_t max_passes = 300;
-constexpr size_t path_buffer_size = 72;
 
 std::mutex g_nv_mutex;
 std::mutex g_efs_mutex;
@@ -67,24 +68,27 @@ uint32_t held(uint32_t stated) { return std::min<uint32_t>(stated, sizeof(nvefs_
 /* One exchange with a cleared response, its result mapped. rsp_len: in the capacity, out the bytes
  * that arrived. */
 int32_t send(const nvefs_request& request, nvefs_response& response, uint32_t& rsp_len) {
-    uint8_t payload[sizeof request];
-    std::memcpy(payload, &request, sizeof payload);
     response = {};
-    return orvik_qmi_result_map(
-        orvik_extend_qmi_send_sync(REQUEST_ID_EFS, payload, sizeof payload, &response, &rsp_len));
+    return orvik_qmi_result_map(orvik_extend_qmi_send_sync(REQUEST_ID_EFS, bytes_of(request),
+                                                           sizeof request, &response, &rsp_len));
 }
 
-/* The path as text, cut to the buffer, and as the request carries it. */
-struct path_text {
-    char value[path_buffer_size] = {};
+nvefs_request request_for(uint8_t op, uint32_t sub_id, uint32_t nv_id = 0) {
+    nvefs_request request{};
+    request.op = op;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = static_cast<uint16_t>(nv_id);
+    return request;
+}
 
-    path_text(nvefs_request& request, const char* efs_path, uint32_t path_len) {
-        const size_t length = std::min<size_t>(path_len, sizeof request.path);
-        std::memcpy(value, efs_path, length);
-        request.path_len = static_cast<uint8_t>(path_len);
-        std::memcpy(request.path, efs_path, length);
-    }
-};
+/* The path as far as the request carries it. */
+void put_path(const char* function, nvefs_request& request, const char* efs_path,
+              uint32_t path_len) {
+    const size_t length = std::min<size_t>(path_len, sizeof request.path);
+    request.path_len = static_cast<uint8_t>(path_len);
+    std::memcpy(request.path, efs_path, length);
+    ORVIK_DBG_IN(function, "path_value: %.*s", static_cast<int>(length), efs_path);
+}
 
 } // namespace
 
@@ -185,11 +189,8 @@ int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_
     if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_read, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_read;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     if (const int32_t failed = send_nv(__func__, request, response))
         return failed;
     ORVIK_DBG("rsp.data_len_all = %d", response.data_len_all);
@@ -212,11 +213,8 @@ int32_t orvik_nv_write_ex(uint32_t sub_id, uint32_t nv_id, const uint8_t* buf, u
     if (const int32_t failed = check_write_buf(__func__, buf, len, ORVIK_NV_DATA_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_write, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_write;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     request.data_len_all = len;
     std::memcpy(request.data, buf, len);
     return send_nv(__func__, request, response);
@@ -229,11 +227,8 @@ int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id) {
     if (const int32_t failed = check_item(__func__, sub_id, nv_id))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_delete, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_delete;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     return send_nv(__func__, request, response);
 }
 
@@ -250,12 +245,9 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
     if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_read, sub_id);
     nvefs_response response{};
-    request.op = op_efs_read;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
 
     const uint32_t capacity = *buf_len;
     uint32_t received = 0;
@@ -312,13 +304,9 @@ int32_t orvik_efs_write(uint32_t sub_id, const char* efs_path, uint32_t path_len
     if (const int32_t failed = check_write_buf(__func__, buf, buf_len, ORVIK_EFS_FILE_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_write, sub_id, new_instance);
     nvefs_response response{};
-    request.op = op_efs_write;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = new_instance;
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
     request.data_len_all = buf_len;
 
     uint32_t sent = 0;
@@ -359,12 +347,9 @@ int32_t orvik_efs_delete(uint32_t sub_id, const char* efs_path, uint32_t path_le
             check_file(__func__, sub_id, efs_path, path_len, ORVIK_EFS_WRITE_PATH_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_delete, sub_id);
     nvefs_response response{};
-    request.op = op_efs_delete;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
     if (result != 0) {
