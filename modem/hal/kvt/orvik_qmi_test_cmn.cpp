@@ -441,10 +441,8 @@ constexpr void (*esim_modes[])() = {
 } // namespace
 
 int32_t orvik_cmn_esim_test(int argc, char** argv) {
-    if (argc <= 4) {
-        ORVIK_DBG("invalid input\n");
-        return -1;
-    }
+    if (argc <= 4)
+        return ORVIK_FAILED(-1, "invalid input\n");
     const int esim_on = std::atoi(argv[3]);
     if (std::atoi(argv[4]) == 0)
         g_orvik_stdout_print_flag = 0;
@@ -462,10 +460,8 @@ bool is_eid_valid(const char* eid_text) {
     int r = 0;
     for (size_t i = 0; i < eid_digits; ++i)
         r = (r * 10 + (static_cast<unsigned char>(eid_text[i]) - '0')) % 97;
-    if (r != 1) {
-        ORVIK_DBG("eid validate failed, result = %d\n", r);
-        return false;
-    }
+    if (r != 1)
+        return ORVIK_FAILED(false, "eid validate failed, result = %d\n", r);
     ORVIK_DBG("eid validate pass\n");
     return true;
 }
@@ -502,8 +498,6 @@ void map_sim_state(const uint8_t* states2) {
     std::printf("%s,%s", name(states2[0]), name(states2[1]));
 }
 
-namespace {
-
 /* ==== group 5 ==== */
 
 constexpr command_row cmn_commands[] = {
@@ -512,8 +506,6 @@ constexpr command_row cmn_commands[] = {
     {4, orvik_cmn_card_type_query},   {5, orvik_cmn_test_get_sar_dsi},
     {6, orvik_cmn_card_hotswap_test}, {10, orvik_cmn_esim_test},
 };
-
-} // namespace
 
 int orvik_test_cmn_do(int argc, char** argv) {
     dispatch_command(GROUP_CMN, cmn_commands, argc, argv);

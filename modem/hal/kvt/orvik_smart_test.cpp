@@ -83,10 +83,8 @@ int orvik_smart_test_ssr_wait_s() {
     property_get(wait_property, value, "3");
     const int wait_s = std::atoi(value);
     ORVIK_DBG("ssr wait_s = %d\n", wait_s);
-    if (wait_s == 0) {
-        ORVIK_DBG("modem ssr will not wait\n");
-        return 0;
-    }
+    if (wait_s == 0)
+        return ORVIK_FAILED(0, "modem ssr will not wait\n");
     if (wait_s < 0) /* as an unsigned count it would be decades; the caller stops on it */
         return wait_s;
     ORVIK_DBG("modem ssr start to wait %ds to init\n", wait_s);
@@ -111,10 +109,8 @@ int orvik_smart_test_full_dump() {
         property_set(restart_level_property, "ALL_DISABLE");
         orvik_smart_test_save_ssr_update_flag();
         const int wait_s = orvik_smart_test_ssr_wait_s();
-        if (wait_s < 0) {
-            ORVIK_DBG("wait_s < 0, ssr is stoped\n");
-            return wait_s;
-        }
+        if (wait_s < 0)
+            return ORVIK_FAILED(wait_s, "wait_s < 0, ssr is stoped\n");
     }
     return send_word(msg_full_dump, full_dump_payload);
 }

@@ -81,9 +81,7 @@ void remove_record(size_t id, uint32_t serial) {
 } // namespace
 
 int modem_api_init() {
-    {
-        const std::lock_guard guard(g_modem_api_mutex);
-    }
+    { const std::lock_guard guard(g_modem_api_mutex); }
     vs_init();
     sar_init();
     nas_0_init();

@@ -175,11 +175,9 @@ int orvik_modem_stats_uim_info_unpk(unsigned char* data, int) {
 
 /* ==== status check ==== */
 
-namespace {
-
 constexpr const char* separator = "===========================================";
 
-void print_not_supported_logs() {
+static void print_not_supported_logs() {
     orvik_common_reply reply{};
     const int32_t result = orvik_common_qmi_req(request_not_supported_logs, 0, nullptr, &reply);
     if (result != 0) {
@@ -205,8 +203,6 @@ void print_not_supported_logs() {
         std::printf("log_id[%d]: 0x%04X\n", i, static_cast<unsigned>(get_le(data + offset, 2)));
     }
 }
-
-} // namespace
 
 void orvik_modem_stats_support_status_check(unsigned char* data) {
     if (data == nullptr) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -218,8 +219,6 @@ int orvik_test_qmi_modem_stats_ant_info() { return show_item(0, MODEM_STATS_ANT_
 
 /* ==== options ==== */
 
-namespace {
-
 /* Of the options from 0 and from 10. */
 constexpr modem_stats_data_id_e_type carriers_4g[] = {
     MODEM_STATS_4G_PCC_RSSI,  MODEM_STATS_4G_SCC1_RSSI, MODEM_STATS_4G_SCC2_RSSI,
@@ -228,8 +227,6 @@ constexpr modem_stats_data_id_e_type carriers_4g[] = {
 };
 constexpr modem_stats_data_id_e_type carriers_5g_rsrp[] = {
     MODEM_STATS_5G_PCC_RSRP, MODEM_STATS_5G_SCC1_RSRP, MODEM_STATS_5G_SCC2_RSRP};
-
-} // namespace
 
 void orvik_test_qmi_modem_stats_hdl(int opt, unsigned sub) {
     switch (opt) {
@@ -273,6 +270,19 @@ void orvik_test_qmi_modem_stats_hdl(int opt, unsigned sub) {
 
 /* ==== one request ==== */
 
+/* A reply that is no good, as "Fail to get data, WHAT, number = ...". */
+[[gnu::format(printf, 4, 5)]] static int bad_reply(unsigned sub, unsigned data_id, uint32_t count,
+                                                   const char* what, ...) {
+    std::printf("Fail to get data, ");
+    va_list args;
+    va_start(args, what);
+    std::vprintf(what, args);
+    va_end(args);
+    std::printf(", number = %d, sub = %d, ret id_num = %d, id = %d\n", g_ravex_req_number, sub,
+                count, data_id);
+    return 1;
+}
+
 int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
     g_ravex_data_len = 0;
     std::fill(std::begin(g_ravex_data), std::end(g_ravex_data), uint8_t{0});
@@ -280,63 +290,39 @@ int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
         std::puts("ravex qmi is not yet inited");
         return 1;
     }
-    const int shown_sub = static_cast<int>(sub);
-    const int shown_id = static_cast<int>(data_id);
     if (sub >= subscriptions) {
-        std::printf("modem_api_get_stats_parameter, sub(%d) is invalid\n", shown_sub);
+        std::printf("modem_api_get_stats_parameter, sub(%d) is invalid\n", sub);
         return 1;
     }
 
-    const int number = static_cast<int>(++g_ravex_req_number);
-    const uint32_t ids[] = {data_id};
+    ++g_ravex_req_number;
     modem_api_stats reply{};
-    const int result = modem_api_get_stats_parameter(
-        static_cast<int32_t>(g_ravex_client_id), static_cast<uint16_t>(sub),
-        static_cast<uint16_t>(g_ravex_req_number), static_cast<int32_t>(std::size(ids)), ids,
-        reinterpret_cast<uint32_t*>(&reply));
+    const int result = modem_api_get_stats_parameter(static_cast<int32_t>(g_ravex_client_id),
+                                                     static_cast<uint16_t>(sub),
+                                                     static_cast<uint16_t>(g_ravex_req_number), 1,
+                                                     &data_id, reinterpret_cast<uint32_t*>(&reply));
     if (result != 0) {
-        std::printf("Fail to get data fail, number = %d, ret = %d, sub = %d, id = %d\n", number,
-                    result, shown_sub, shown_id);
+        std::printf("Fail to get data fail, number = %d, ret = %d, sub = %d, id = %d\n",
+                    g_ravex_req_number, result, sub, data_id);
         return 1;
     }
-
+    const uint32_t count = reply.count;
     const modem_api_stats_entry& entry = reply.entries[0];
-    const int count = static_cast<int>(reply.count);
-    if (count == 0) {
-        std::printf("Fail to get data, empty, number = %d, sub = %d, ret id_num = %d, id = %d\n",
-                    number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (count != 1) {
-        std::printf(
-            "Fail to get data, id num error, number = %d, sub = %d, ret id_num = %d, id = %d\n",
-            number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.id != data_id) {
-        std::printf("Fail to get data, ret_id(%d) is invalid, number = %d, sub = %d, "
-                    "ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.id), number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.sub != sub) {
-        std::printf("Fail to get data, ret_sub(%d) is invalid, number = %d, sub = %d, "
-                    "ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.sub), number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.data_len == 0 || entry.data_len > sizeof g_ravex_data) {
-        std::printf("Fail to get data, data_len(%d) is invalid, should be in (0, %d], "
-                    "number = %d, sub = %d, ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.data_len), static_cast<int>(sizeof g_ravex_data), number,
-                    shown_sub, count, shown_id);
-        g_ravex_data_len = 0;
-        return 1;
-    }
+    if (count == 0)
+        return bad_reply(sub, data_id, count, "empty");
+    if (count != 1)
+        return bad_reply(sub, data_id, count, "id num error");
+    if (entry.id != data_id)
+        return bad_reply(sub, data_id, count, "ret_id(%d) is invalid", entry.id);
+    if (entry.sub != sub)
+        return bad_reply(sub, data_id, count, "ret_sub(%d) is invalid", entry.sub);
+    if (entry.data_len == 0 || entry.data_len > sizeof g_ravex_data)
+        return bad_reply(sub, data_id, count, "data_len(%d) is invalid, should be in (0, %d]",
+                         entry.data_len, static_cast<int>(sizeof g_ravex_data));
     g_ravex_data_len = static_cast<int32_t>(entry.data_len);
     std::printf("Success to get data, number = %d, sub = %d, ret id_num = %d, id = %d, "
                 "data_len = %d\n",
-                number, shown_sub, count, shown_id, g_ravex_data_len);
+                g_ravex_req_number, sub, count, data_id, g_ravex_data_len);
     std::memcpy(g_ravex_data, entry.data, entry.data_len);
     g_ravex_data_left = g_ravex_data_len;
     g_pK_DATA_CNT = 0;
@@ -346,15 +332,11 @@ int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
 
 /* ==== the run ==== */
 
-namespace {
-
-void free_client() {
+static void free_client() {
     if (g_ravex_client_id != no_client)
         modem_api_free_client(static_cast<int32_t>(g_ravex_client_id));
     g_ravex_client_id = no_client;
 }
-
-} // namespace
 
 void orvik_test_qmi_modem_stats_callback_event_cb(uint32_t, void*, uint32_t) {}
 

@@ -204,33 +204,23 @@ void orvik_diag_deinit_with_result() {
 int orvik_diag_comand_input_check(const uint8_t* data, uint32_t data_len) {
     const auto len = static_cast<int32_t>(data_len);
     ORVIK_DBG("diag_comand, data_len = %d", len);
-    if (data == nullptr) {
-        ORVIK_DBG("data is null");
-        return 1;
-    }
-    if (len < 1 || len > command_max) {
-        ORVIK_DBG("Invalid input parameter, data_len = %d", len);
-        return 1;
-    }
+    if (data == nullptr)
+        return ORVIK_FAILED(1, "data is null");
+    if (len < 1 || len > command_max)
+        return ORVIK_FAILED(1, "Invalid input parameter, data_len = %d", len);
     orvik_print_data_with_hex(data, data_len);
     return 0;
 }
 
 int orvik_diag_comand_output_check(uint8_t* reply_buf, uint32_t* p_reply_len) {
-    if (reply_buf == nullptr) {
-        ORVIK_DBG("reply_buf is null");
-        return 1;
-    }
-    if (p_reply_len == nullptr) {
-        ORVIK_DBG("p_reply_len is null");
-        return 1;
-    }
+    if (reply_buf == nullptr)
+        return ORVIK_FAILED(1, "reply_buf is null");
+    if (p_reply_len == nullptr)
+        return ORVIK_FAILED(1, "p_reply_len is null");
     const auto len = static_cast<int32_t>(*p_reply_len);
     ORVIK_DBG("reply_len = %d", len);
-    if (len <= 0) {
-        ORVIK_DBG("Invalid output parameter, reply_len = %d", len);
-        return 1;
-    }
+    if (len <= 0)
+        return ORVIK_FAILED(1, "Invalid output parameter, reply_len = %d", len);
     return 0;
 }
 
@@ -242,42 +232,28 @@ int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_
         ORVIK_DBG("context_data is null");
     ORVIK_DBG("================ response from %d[%s], len = %d ========================", id,
               processor_label(id), len);
-    if (ptr == nullptr) {
-        ORVIK_DBG("ptr is null");
-        return 1;
-    }
-    if (len < 1 || len > response_max) {
-        ORVIK_DBG("Invalid parameter, len = %d", len);
-        return 1;
-    }
+    if (ptr == nullptr)
+        return ORVIK_FAILED(1, "ptr is null");
+    if (len < 1 || len > response_max)
+        return ORVIK_FAILED(1, "Invalid parameter, len = %d", len);
     orvik_print_data_with_hex(ptr, static_cast<uint32_t>(len));
     return 0;
 }
 
-namespace {
-
 /* Both checks of a "with result" command, with the complaints of the named function. */
-bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
-                    uint8_t* reply_buf, uint32_t* p_reply_len) {
-    if (orvik_diag_comand_input_check(data, data_len) != 0) {
-        ORVIK_DBG_IN(function, "orvik_diag_comand_param_check fail");
-        return false;
-    }
-    if (orvik_diag_comand_output_check(reply_buf, p_reply_len) != 0) {
-        ORVIK_DBG_IN(function, "orvik_diag_comand_output_check fail");
-        return false;
-    }
+static bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
+                           uint8_t* reply_buf, uint32_t* p_reply_len) {
+    if (orvik_diag_comand_input_check(data, data_len) != 0)
+        return ORVIK_FAILED_IN(function, false, "orvik_diag_comand_param_check fail");
+    if (orvik_diag_comand_output_check(reply_buf, p_reply_len) != 0)
+        return ORVIK_FAILED_IN(function, false, "orvik_diag_comand_output_check fail");
     return true;
 }
 
-} // namespace
-
 /* ==== waiting for a response ==== */
 
-namespace {
-
 /* Counts the ticks of a wait; true when it is to be ended, as timed out or not. */
-bool watch(diag_wait& wait) {
+static bool watch(diag_wait& wait) {
     static constexpr const char* function = "orvik_diag_cmd_send_with_result_wait_thread_proc";
     ORVIK_DBG_IN(function, "function entry ------------->");
     int32_t ticks = 0;
@@ -307,31 +283,25 @@ bool watch(diag_wait& wait) {
 }
 
 /* Posts last: the sender that it wakes, and the process, may be through before this thread is. */
-void watch_and_post(const wait_holder& wait) {
+static void watch_and_post(const wait_holder& wait) {
     name_this_thread();
     if (watch(*wait.get()))
         sem_post(&wait->done);
 }
-
-} // namespace
 
 void* orvik_diag_cmd_send_with_result_wait_thread_proc(void*) {
     watch_and_post(current_wait());
     return nullptr;
 }
 
-namespace {
-
 /* Gets a wait, held for it, to end that one whatever the current one is by then. */
-void* handed_wait_thread_proc(void* arg) {
+static void* handed_wait_thread_proc(void* arg) {
     auto* const handed = static_cast<diag_wait*>(arg);
     const wait_holder wait(handed);
     --handed->holders;
     watch_and_post(wait);
     return nullptr;
 }
-
-} // namespace
 
 void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_FUNCTION_SCOPE();
@@ -343,11 +313,9 @@ void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
-namespace {
-
 /* Blocks until a response, or the time's end, is posted. wait is the current one: only a sender
  * begins a new one, and the send mutex is held. */
-void wait_for_response(const wait_holder& wait) {
+static void wait_for_response(const wait_holder& wait) {
     orvik_diag_cmd_send_with_result_wait_create_thread();
     while (sem_wait(&wait->done) != 0 && errno == EINTR) {
     }
@@ -356,8 +324,8 @@ void wait_for_response(const wait_holder& wait) {
 }
 
 /* Copies the response to the caller; the result of the wait. */
-int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf, uint32_t* p_reply_len,
-                  int32_t capacity) {
+static int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf,
+                         uint32_t* p_reply_len, int32_t capacity) {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     const diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     const int32_t n = std::min(response.length, capacity);
@@ -371,8 +339,6 @@ int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf, uin
     *p_reply_len = static_cast<uint32_t>(copied);
     return wait.timed_out.exchange(0) == 1 ? 1 : 0;
 }
-
-} // namespace
 
 /* ==== callback mode ==== */
 
@@ -406,10 +372,8 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
 int orvik_diag_cmd_response_by_callback(uint8_t* ptr, int32_t len, uint32_t* context_data) {
     const wait_holder wait = current_wait();
     ORVIK_FUNCTION_SCOPE();
-    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
-        ORVIK_DBG("orvik_diag_cmd_response_check fail");
-        return 1;
-    }
+    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0)
+        return ORVIK_FAILED(1, "orvik_diag_cmd_response_check fail");
     uint8_t* const ptr_out = allocate(len);
     if (ptr_out == nullptr) {
         ORVIK_ERR("Failed to allocate memory for ptr_out");
@@ -431,22 +395,18 @@ void orvik_diag_cmd_response_by_callback_no_handle(uint8_t*, int32_t len) {
     ORVIK_DBG("len = %d", len);
 }
 
-namespace {
-
 /* What libdiag calls. */
-int on_packet(unsigned char* ptr, int len, void* context) {
+static int on_packet(unsigned char* ptr, int len, void* context) {
     return orvik_diag_cmd_response_by_callback(ptr, len, static_cast<uint32_t*>(context));
 }
 
-int on_packet_no_handle(unsigned char* ptr, int len, void*) {
+static int on_packet_no_handle(unsigned char* ptr, int len, void*) {
     orvik_diag_cmd_response_by_callback_no_handle(ptr, len);
     return 0;
 }
 
 /* libdiag's prototypes lack const; it only reads the packet. */
-unsigned char* packet_bytes(const uint8_t* data) { return const_cast<uint8_t*>(data); }
-
-} // namespace
+static unsigned char* packet_bytes(const uint8_t* data) { return const_cast<uint8_t*>(data); }
 
 int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32_t data_len,
                                                      uint32_t time_out_ms, uint8_t* reply_buf,
@@ -486,19 +446,15 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
 
 /* ==== DCI mode ==== */
 
-namespace {
-
 constexpr int dci_response_size = 16384;
 
 /* True when the chunk was kept. The response mutex is held. */
-bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
+static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     if (response.data == nullptr) {
         uint8_t* const ptr_out_1 = allocate(len);
-        if (ptr_out_1 == nullptr) {
-            ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_1");
-            return false;
-        }
+        if (ptr_out_1 == nullptr)
+            return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_1");
         std::memcpy(ptr_out_1, ptr, static_cast<size_t>(len));
         response.data = ptr_out_1;
         response.length = len;
@@ -506,19 +462,15 @@ bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     }
     const auto old_length = static_cast<size_t>(response.length);
     uint8_t* const ptr_out_2 = allocate(response.length);
-    if (ptr_out_2 == nullptr) {
-        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_2");
-        return false;
-    }
+    if (ptr_out_2 == nullptr)
+        return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_2");
     std::memcpy(ptr_out_2, response.data, old_length);
     std::free(response.prev_data);
     response.prev_data = ptr_out_2;
     uint8_t* const ptr_out_3 =
         response.length <= INT32_MAX - len ? allocate(response.length + len) : nullptr;
-    if (ptr_out_3 == nullptr) {
-        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_3");
-        return false;
-    }
+    if (ptr_out_3 == nullptr)
+        return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_3");
     std::memcpy(ptr_out_3, ptr_out_2, old_length);
     std::memcpy(ptr_out_3 + old_length, ptr, static_cast<size_t>(len));
     std::free(response.data);
@@ -528,15 +480,13 @@ bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
 }
 
 /* The length stays, as callers of the next command expect it to. */
-void free_response() {
+static void free_response() {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     std::free(g_qcril_diag_rsp_buf.prev_data);
     std::free(g_qcril_diag_rsp_buf.data);
     g_qcril_diag_rsp_buf.prev_data = nullptr;
     g_qcril_diag_rsp_buf.data = nullptr;
 }
-
-} // namespace
 
 void orvik_diag_cmd_response_by_dci(uint8_t* ptr, int32_t len, uint32_t* context_data) {
     const wait_holder wait = current_wait();
@@ -613,38 +563,33 @@ int send_dci_request(const char* function, const dci_variant& variant, int clien
                      uint8_t* response_packet) {
     const int channel = local_processor;
     int err = diag_register_dci_signal_data(client_id, SIGRTMIN + 30);
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function,
-                     "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
-                     channel, err, errno);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(
+            function, 1, "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
+            channel, err, errno);
     ORVIK_DBG_IN(function, "DCI Status on Processors for ch%d:", channel);
     err = diag_get_dci_support_list_proc(channel, &peripherals);
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Could not get support list for ch %d, err: %d, errno: %d", channel,
-                     err, errno);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Could not get support list for ch %d, err: %d, errno: %d", channel,
+                               err, errno);
     if ((peripherals & DIAG_CON_MPSS) != 0)
         ORVIK_DBG_IN(function, "MPSS on ch:%d: UP", channel);
     else
         ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
     ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
     err = diag_register_dci_stream_proc(client_id, variant.log_listener, variant.event_listener);
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
-                     channel, err, errno);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
+                               channel, err, errno);
     ORVIK_DBG_IN(function, "Sending Asynchronous Command for ch:%d", channel);
     err = diag_send_dci_async_req(client_id, packet_bytes(data), static_cast<int>(data_len),
                                   response_packet, dci_response_size, variant.response, nullptr);
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
-                     channel);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
+                               channel);
     return 0;
 }
 
@@ -794,10 +739,8 @@ void* orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(void* block) {
 int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_t data_len,
                                                     uint32_t diag_work_mode) {
     ORVIK_FUNCTION_SCOPE();
-    if (orvik_diag_comand_input_check(data, data_len) != 0) {
-        ORVIK_DBG("orvik_diag_comand_input_check fail");
-        return 1;
-    }
+    if (orvik_diag_comand_input_check(data, data_len) != 0)
+        return ORVIK_FAILED(1, "orvik_diag_comand_input_check fail");
     auto* const block = static_cast<uint8_t*>(std::malloc(size_t{data_len} + 5));
     if (block == nullptr) {
         ORVIK_ERR("Failed to allocate memory for ptr_out");

@@ -183,10 +183,9 @@ int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len
     return result;
 }
 
-namespace {
-
 template <typename Record>
-void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf, unsigned buf_len) {
+static void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
+                             unsigned buf_len) {
     Record record{};
     qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
                               sizeof record);
@@ -194,7 +193,8 @@ void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf, 
         g_other_ind_handler(msg_id, &record, sizeof record);
 }
 
-void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf, unsigned buf_len) {
+static void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
+                              unsigned buf_len) {
     std::printf("ORVIK__EXTEND_QMI: Indication msg_id=0x%x buf_len=%d \n", msg_id, buf_len);
     orvik_extend_common_record record{};
     qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
@@ -211,8 +211,6 @@ void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
     g_common_ind_handlers[record.id](record.id, record.data,
                                      std::min<uint32_t>(data_len, sizeof record.data));
 }
-
-} // namespace
 
 void orvik_extend_qmi_ind_cb(qmi_client_type handle, unsigned int msg_id, void* buf,
                              unsigned int buf_len, void*) {
@@ -239,31 +237,21 @@ void orvik_qcril_qmi_client_common_empty_unsol_ind_cb(qmi_client_type, unsigned 
 
 /* ==== common requests ==== */
 
-namespace {
-
-int32_t send_common(const uint8_t* record, void* rsp) {
+static int32_t send_common(const uint8_t* record, void* rsp) {
     uint32_t rsp_len = ORVIK_COMMON_REPLY_SIZE;
     return orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, record, ORVIK_EXTEND_DATA_SIZE, rsp,
                                       &rsp_len);
 }
 
-} // namespace
-
 int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data, void* rsp) {
     ORVIK_FUNCTION_SCOPE();
-    if (rsp == nullptr) {
-        ORVIK_DBG("rsp is NULL");
-        return ORVIK_USAGE_ERROR;
-    }
-    if (len > ORVIK_COMMON_DATA_MAX) {
-        ORVIK_DBG("l is out of range");
-        return ORVIK_USAGE_ERROR;
-    }
+    if (rsp == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "rsp is NULL");
+    if (len > ORVIK_COMMON_DATA_MAX)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "l is out of range");
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
-    if (len > 0 && data == nullptr) {
-        ORVIK_DBG("v is null");
-        return ORVIK_USAGE_ERROR;
-    }
+    if (len > 0 && data == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "v is null");
     orvik_common_record record{};
     record.code = qmi_id;
     if (len > 0)
@@ -273,21 +261,15 @@ int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data,
 
 int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* rsp) {
     ORVIK_FUNCTION_SCOPE();
-    if (rsp == nullptr) {
-        ORVIK_DBG("rsp is NULL");
-        return ORVIK_USAGE_ERROR;
-    }
+    if (rsp == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "rsp is NULL");
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
     ORVIK_DBG("t %d", t);
     ORVIK_DBG("l %d", l);
-    if (l > ORVIK_TYPED_DATA_MAX) {
-        ORVIK_DBG("l is out of range");
-        return ORVIK_USAGE_ERROR;
-    }
-    if (l > 0 && v == nullptr) {
-        ORVIK_DBG("v is null");
-        return ORVIK_USAGE_ERROR;
-    }
+    if (l > ORVIK_TYPED_DATA_MAX)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "l is out of range");
+    if (l > 0 && v == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "v is null");
     orvik_typed_record record{};
     record.code = COMMON_CODE_TYPED;
     record.type = t;
@@ -299,12 +281,8 @@ int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* r
 
 /* ==== SAR ==== */
 
-namespace {
-
 constexpr uint32_t sar_service_wait_ms = 4; /* short on purpose: no SAR service, no waiting */
 constexpr unsigned sar_timeout_ms = 30000;
-
-} // namespace
 
 int32_t orvik_get_sar_dsi() {
     static qmi_client_os_params os_params; /* the client stays, so they must too */
@@ -314,18 +292,14 @@ int32_t orvik_get_sar_dsi() {
                                             QMI_IDL_LIBRARY_VERSION),
         QMI_CLIENT_INSTANCE_ANY, orvik_qcril_qmi_client_common_empty_unsol_ind_cb, nullptr,
         &os_params, sar_service_wait_ms, &handle);
-    if (error != QMI_NO_ERR) {
-        ORVIK_DBG("qmi_client_init_instance failed, qmi_client_error = %d", error);
-        return -1;
-    }
+    if (error != QMI_NO_ERR)
+        return ORVIK_FAILED(-1, "qmi_client_init_instance failed, qmi_client_error = %d", error);
 
     sar_rf_get_state_resp_v01 response{};
     error = qmi_client_send_msg_sync(handle, QMI_SAR_RF_GET_STATE, nullptr, 0, &response,
                                      sizeof response, sar_timeout_ms);
-    if (error != QMI_NO_ERR) {
-        ORVIK_DBG("qmi_client_send_msg_sync failed, qmi_client_error = %d", error);
-        return -1;
-    }
+    if (error != QMI_NO_ERR)
+        return ORVIK_FAILED(-1, "qmi_client_send_msg_sync failed, qmi_client_error = %d", error);
     ORVIK_DBG("dsi vailid = %d , dsi value = %d", response.state_valid, response.state);
     return static_cast<int32_t>(response.state);
 }
@@ -404,13 +378,10 @@ struct qcril_free {
     void operator()(void* block) const { qcril_free_adv(block, "qcril_free", __LINE__); }
 };
 
-/* A message's records, zeroed; freed when the operation ends. */
+/* A message's records; freed when the operation ends. */
 template <typename Request, typename Response> struct uim_records {
-    std::unique_ptr<Request, qcril_free> request{
-        static_cast<Request*>(qcril_malloc_adv(sizeof(Request)))};
-    std::unique_ptr<Response, qcril_free> response{
-        static_cast<Response*>(qcril_malloc_adv(sizeof(Response)))};
-    bool allocated() const { return request != nullptr && response != nullptr; }
+    std::unique_ptr<Request, qcril_free> request;
+    std::unique_ptr<Response, qcril_free> response;
 };
 
 /* function: the operation under whose name the lines below are logged. */
@@ -427,12 +398,20 @@ bool uim_client_ready(const char* function, const char* name) {
     if (uim_qmi_client == nullptr) {
         ORVIK_DBG_IN(function, "%s try init_uim_qmi_client %p", name,
                      static_cast<const void*>(uim_qmi_client));
-        if (!init_uim_qmi_client()) {
-            ORVIK_DBG_IN(function, "init_uim_qmi_client failed");
-            return false;
-        }
+        if (!init_uim_qmi_client())
+            return ORVIK_FAILED_IN(function, false, "init_uim_qmi_client failed");
     }
     ORVIK_DBG_IN(function, "%s uim_qmi_client %p", name, static_cast<const void*>(uim_qmi_client));
+    return true;
+}
+
+/* Zeroed records. name: what the text of a failure calls the operation. */
+template <typename Request, typename Response>
+bool uim_allocate(const char* function, const char* name, uim_records<Request, Response>& records) {
+    records.request.reset(static_cast<Request*>(qcril_malloc_adv(sizeof(Request))));
+    records.response.reset(static_cast<Response*>(qcril_malloc_adv(sizeof(Response))));
+    if (records.request == nullptr || records.response == nullptr)
+        return ORVIK_FAILED_IN(function, false, "%s malloc failed", name);
     return true;
 }
 
@@ -463,11 +442,9 @@ void uim_operation_end(const char* function, int32_t transport_result) {
 
 int32_t uim_power_down(const char* function, uint32_t slot) {
     ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power down sim");
-    const uim_records<uim_power_down_req_v01, uim_plain_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG_IN(function, "uim_power_down malloc failed");
+    uim_records<uim_power_down_req_v01, uim_plain_resp_v01> records;
+    if (!uim_allocate(function, "uim_power_down", records))
         return uim_failed;
-    }
     records.request->slot = slot;
     return uim_send(function, QMI_UIM_POWER_DOWN, records, true);
 }
@@ -475,11 +452,9 @@ int32_t uim_power_down(const char* function, uint32_t slot) {
 int32_t uim_power_up(const char* function, uint32_t slot, bool ignore_hotswap) {
     ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
                  ignore_hotswap ? 1 : 0);
-    const uim_records<uim_power_up_req_v01, uim_plain_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG_IN(function, "uim_power_up malloc failed");
+    uim_records<uim_power_up_req_v01, uim_plain_resp_v01> records;
+    if (!uim_allocate(function, "uim_power_up", records))
         return uim_failed;
-    }
     records.request->slot = slot;
     records.request->ignore_hotswap_valid = 1;
     records.request->ignore_hotswap = ignore_hotswap ? 1 : 0;
@@ -506,13 +481,9 @@ int32_t orvik_uim_request_uicc_power_ex(char* args) {
 
 int32_t orvik_uim_request_eid(char* args, uint8_t* eid) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_get_eid_req_v01, uim_get_eid_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_get_eid_req_v01, uim_get_eid_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_request_eid malloc failed");
-        return uim_failed;
-    }
     records.request->slot = static_cast<uint8_t>(args[0]);
     const int32_t result = uim_send(__func__, QMI_UIM_GET_EID, records);
     const uim_get_eid_resp_v01& response = *records.response;
@@ -525,13 +496,9 @@ int32_t orvik_uim_request_eid(char* args, uint8_t* eid) {
 int32_t orvik_uim_get_card_status(char* states) {
     std::memset(states, card_state_not_told, sim_slots);
     /* A noted restart is not looked at here. */
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_get_card_status_req_v01, uim_get_card_status_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_get_card_status_req_v01, uim_get_card_status_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_get_card_status malloc failed");
-        return uim_failed;
-    }
     records.request->extended_valid = 1;
     records.request->extended = 1;
     const int32_t result = uim_send(__func__, QMI_UIM_GET_CARD_STATUS, records);
@@ -556,13 +523,9 @@ int32_t orvik_uim_get_card_status(char* states) {
 
 int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_open_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_open_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_open_channel malloc failed");
-        return uim_failed;
-    }
     uim_open_logical_channel_req_v01& request = *records.request;
     request.slot = args[0];
     request.aid_valid = 1;
@@ -587,13 +550,9 @@ int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id) {
 
 int32_t orvik_uim_close_channel(uint8_t* args) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_close_channel malloc failed");
-        return uim_failed;
-    }
     uim_logical_channel_req_v01& request = *records.request;
     request.slot = args[0];
     request.aid_valid = 0;
@@ -611,13 +570,10 @@ int32_t orvik_uim_close_channel(uint8_t* args) {
 int32_t orvik_uim_send_apdu(char* args, uint8_t* rsp) {
     uim_recover_from_ssr(__func__);
     /* Its lines about the client bear the close operation's name, on purpose. */
-    if (!uim_client_ready(__func__, "orvik_uim_close_channel"))
+    uim_records<uim_send_apdu_req_v01, uim_send_apdu_resp_v01> records;
+    if (!uim_client_ready(__func__, "orvik_uim_close_channel") ||
+        !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_send_apdu_req_v01, uim_send_apdu_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_send_apdu malloc failed");
-        return uim_failed;
-    }
     uim_send_apdu_req_v01& request = *records.request;
     request.slot = static_cast<uint8_t>(args[0]);
     request.apdu_len = static_cast<uint8_t>(args[2]);

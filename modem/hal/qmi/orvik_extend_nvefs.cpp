@@ -122,10 +122,8 @@ int32_t check_file(const char* function, uint32_t sub_id, const char* efs_path, 
                    uint32_t path_max) {
     if (const int32_t failed = check_sub(function, sub_id))
         return failed;
-    if (efs_path == nullptr) {
-        ORVIK_DBG_IN(function, "efs_path is null");
-        return ORVIK_NVEFS_PATH_NULL;
-    }
+    if (efs_path == nullptr)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_PATH_NULL, "efs_path is null");
     if (path_len >= 1 && path_len <= path_max)
         return 0;
     ORVIK_DBG_IN(function, "len invalid");
@@ -142,10 +140,8 @@ int32_t check_buf(const char* function, const void* buf) {
 int32_t check_read_buf(const char* function, const void* buf, const uint32_t* buf_len) {
     if (const int32_t failed = check_buf(function, buf))
         return failed;
-    if (buf_len == nullptr) {
-        ORVIK_DBG_IN(function, "p_buf_len is null");
-        return ORVIK_NVEFS_BUF_LEN_INVALID;
-    }
+    if (buf_len == nullptr)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_LEN_INVALID, "p_buf_len is null");
     ORVIK_DBG_IN(function, "buf_len: %d", *buf_len);
     if (*buf_len > 0)
         return 0;
@@ -167,10 +163,8 @@ int32_t send_nv(const char* function, const nvefs_request& request, nvefs_respon
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
     ORVIK_DBG_IN(function, "result = %d, rsp.result = %d", result, response.result);
-    if (result != 0) {
-        ORVIK_DBG_IN(function, "orvik_extend_qmi_send_sync fail");
-        return result;
-    }
+    if (result != 0)
+        return ORVIK_FAILED_IN(function, result, "orvik_extend_qmi_send_sync fail");
     if (response.result != 0)
         ORVIK_DBG_IN(function, "qmi response fail");
     return response.result;
@@ -195,10 +189,8 @@ int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_
         return failed;
     ORVIK_DBG("rsp.data_len_all = %d", response.data_len_all);
     const uint32_t length = held(response.data_len_all);
-    if (length == 0) {
-        ORVIK_DBG("rsp.data_len_all is invalid");
-        return ORVIK_NVEFS_BUF_LEN_INVALID;
-    }
+    if (length == 0)
+        return ORVIK_FAILED(ORVIK_NVEFS_BUF_LEN_INVALID, "rsp.data_len_all is invalid");
     *buf_len = std::min(*buf_len, length);
     std::memcpy(buf, response.data, *buf_len);
     return 0;
@@ -258,23 +250,17 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
         request.data_len_cur = offset;
         const int32_t result = send(request, response, rsp_len);
         ORVIK_DBG("result = %d, rsp.result = %d", result, response.result);
-        if (result != 0) {
-            ORVIK_DBG("orvik_extend_qmi_send_sync fail, ABORT");
-            return result;
-        }
-        if (response.result != 0) {
-            ORVIK_DBG("qmi response fail");
-            return response.result;
-        }
+        if (result != 0)
+            return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail, ABORT");
+        if (response.result != 0)
+            return ORVIK_FAILED(response.result, "qmi response fail");
         const uint32_t chunk = held(response.data_len_send);
         received += chunk;
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, read_count = %d, "
                   "data_len_cur = %d",
                   response.data_len_all, response.data_len_send, received, pass + 1, offset);
-        if (chunk == 0) {
-            ORVIK_DBG("abort, data_len_send <= 0");
-            return ORVIK_NVEFS_BUF_LEN_INVALID;
-        }
+        if (chunk == 0)
+            return ORVIK_FAILED(ORVIK_NVEFS_BUF_LEN_INVALID, "abort, data_len_send <= 0");
         if (received >= capacity) {
             *buf_len = capacity;
             if (capacity > offset) {
@@ -322,14 +308,10 @@ int32_t orvik_efs_write(uint32_t sub_id, const char* efs_path, uint32_t path_len
         uint32_t rsp_len = sizeof response;
         const int32_t result = send(request, response, rsp_len);
         ORVIK_DBG("result = %d, rsp.result[>=0 is instance id] = %d", result, response.result);
-        if (result != 0) {
-            ORVIK_DBG("orvik_extend_qmi_send_sync fail");
-            return result;
-        }
-        if (response.result < 0) {
-            ORVIK_DBG("qmi response fail");
-            return response.result;
-        }
+        if (result != 0)
+            return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail");
+        if (response.result < 0)
+            return ORVIK_FAILED(response.result, "qmi response fail");
         sent += chunk;
         request.nv_id = static_cast<uint16_t>(response.result);
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, send_count = %d, "
@@ -352,13 +334,9 @@ int32_t orvik_efs_delete(uint32_t sub_id, const char* efs_path, uint32_t path_le
     put_path(__func__, request, efs_path, path_len);
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
-    if (result != 0) {
-        ORVIK_DBG("orvik_extend_qmi_send_sync fail");
-        return result;
-    }
-    if (response.result != 0) {
-        ORVIK_DBG("qmi response fail");
-        return response.result;
-    }
+    if (result != 0)
+        return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail");
+    if (response.result != 0)
+        return ORVIK_FAILED(response.result, "qmi response fail");
     return 0;
 }
