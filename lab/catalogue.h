@@ -72,8 +72,15 @@ struct Command {
     int line; /* of its row in catalogue.toml */
 };
 
-/* The rows, in the catalogue's order. */
+/* A group of commands: the first word of their rows. */
+struct Group {
+    int number;
+    std::string_view title, about;
+};
+
+/* The rows and the groups, in the catalogue's order. */
 std::span<const Command> catalogue();
+std::span<const Group> groups();
 
 /* The row whose words begin the command line, the longest if several do; null when there is none.
  * `count` gets how many words of the command line it takes. */

@@ -74,6 +74,10 @@ std::string written(const Undo& u) {
            quoted(u.run) + "}";
 }
 
+std::string written(const Group& g) {
+    return "{" + std::to_string(g.number) + ", " + quoted(g.title) + ", " + quoted(g.about) + "}";
+}
+
 std::string written(const Command& c) {
     const std::string needs = list("std::string_view", c.needs);
     const std::string arguments = list("Argument", c.arguments), values = list("Value", c.values);
@@ -115,8 +119,9 @@ int main(int argc, char** argv) {
     std::printf("/* Made from the catalogue. */\n#include \"catalogue.h\"\n\nnamespace lab {\n\n"
                 "namespace {\n\n");
     const std::string rows = list<Command>("Command", loaded.commands);
-    std::printf("\n} // namespace\n\nstd::span<const Command> catalogue() { return %s; }\n\n"
-                "} // namespace lab\n",
-                rows.c_str());
+    const std::string groups = list<Group>("Group", loaded.groups);
+    std::printf("\n} // namespace\n\nstd::span<const Command> catalogue() { return %s; }\n"
+                "std::span<const Group> groups() { return %s; }\n\n} // namespace lab\n",
+                rows.c_str(), groups.c_str());
     return std::ferror(stdout) != 0 ? 1 : 0;
 }

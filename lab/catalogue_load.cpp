@@ -1,18 +1,14 @@
 #include "catalogue_load.h"
 
-#include <algorithm>
-#include <deque>
-#include <initializer_list>
-#include <optional>
-
 #include <re2/re2.h>
-#include <toml++/toml.h>
+
+#include "toml_fields.h"
 
 namespace lab {
 
 /* Lists and texts that rows refer to; they don't move. */
 struct CatalogueStorage {
-    std::deque<std::string> texts;
+    TomlText source;
     std::deque<std::vector<std::string_view>> text_lists;
     std::deque<std::vector<Name>> names;
     std::deque<std::vector<Argument>> arguments;
@@ -24,8 +20,6 @@ struct CatalogueStorage {
 
 namespace {
 
-int line_of(const toml::node& node) { return static_cast<int>(node.source().begin.line); }
-
 template <typename T>
 std::span<const T> kept(std::deque<std::vector<T>>& lists, std::vector<T> list) {
     return lists.emplace_back(std::move(list));
@@ -33,132 +27,18 @@ std::span<const T> kept(std::deque<std::vector<T>>& lists, std::vector<T> list) 
 
 class Loader {
   public:
-    Loader(LoadedCatalogue& result, std::string name)
-        : result_(result), storage_(*result.storage), name_(std::move(name)) {}
+    explicit Loader(LoadedCatalogue& result)
+        : result_(result), storage_(*result.storage), source_(storage_.source) {}
 
     void load(const toml::table& root);
 
-    void error(int line, const std::string& message) {
-        result_.errors.push_back(name_ + ":" + std::to_string(line) + ": " + message);
-    }
-
   private:
-    /* One table: each key is taken once, and what is left at the end is not known. */
-    class Fields {
-      public:
-        Fields(Loader& loader, const toml::table& table, std::string what)
-            : loader_(loader), table_(table), what_(std::move(what)) {}
+    using Fields = TomlFields;
 
-        ~Fields() {
-            for (const auto& [key, node] : table_)
-                if (std::find(known_.begin(), known_.end(), key.str()) == known_.end())
-                    loader_.error(line_of(node),
-                                  what_ + ": unknown key \"" + std::string(key.str()) + "\"");
-        }
-
-        const toml::node* node(std::string_view key, bool needed = false) {
-            known_.push_back(key);
-            const toml::node* const found = table_.get(key);
-            if (found == nullptr && needed)
-                loader_.error(line_of(table_), what_ + ": \"" + std::string(key) + "\" is missing");
-            return found;
-        }
-
-        /* Text, kept for the catalogue's life; "" when there is none. */
-        std::string_view text(std::string_view key, bool needed = false) {
-            const toml::node* const found = node(key, needed);
-            return found == nullptr ? std::string_view() : loader_.text_of(*found, named(key));
-        }
-
-        bool flag(std::string_view key, bool otherwise = false) {
-            return plain<bool>(key, "true or false").value_or(otherwise);
-        }
-
-        std::optional<long long> integer(std::string_view key) {
-            return plain<int64_t>(key, "an integer");
-        }
-
-        double number(std::string_view key, double otherwise, bool needed = false) {
-            const toml::node* const found = node(key, needed);
-            if (found == nullptr)
-                return otherwise;
-            if (!found->is_number())
-                wrong(*found, key, "a number");
-            return found->value<double>().value_or(otherwise);
-        }
-
-        template <typename Enum>
-        Enum choice(std::string_view key,
-                    std::initializer_list<std::pair<const char*, Enum>> names) {
-            const toml::node* const found = node(key, true);
-            if (found == nullptr)
-                return {};
-            std::string all;
-            for (const auto& [name, value] : names) {
-                if (found->value<std::string_view>() == std::string_view(name))
-                    return value;
-                all += std::string(all.empty() ? "" : ", ") + '"' + name + '"';
-            }
-            wrong(*found, key, "one of " + all);
-            return {};
-        }
-
-        Texts texts(std::string_view key) {
-            std::vector<std::string_view> list;
-            if (const toml::array* const items = array(key))
-                for (const toml::node& item : *items)
-                    list.push_back(loader_.text_of(item, named(key)));
-            return kept(loader_.storage_.text_lists, std::move(list));
-        }
-
-        /* Tables of an array, one after the other. */
-        template <typename Each> void tables(std::string_view key, Each each) {
-            const toml::array* const items = array(key);
-            for (size_t i = 0; items != nullptr && i < items->size(); ++i)
-                if (const toml::table* const table = (*items)[i].as_table())
-                    each(*table);
-                else
-                    wrong((*items)[i], key, "tables");
-        }
-
-        const toml::array* array(std::string_view key) {
-            const toml::node* const found = node(key);
-            if (found != nullptr && !found->is_array())
-                wrong(*found, key, "a list");
-            return found == nullptr ? nullptr : found->as_array();
-        }
-
-        std::string named(std::string_view key) const {
-            return what_ + ": \"" + std::string(key) + "\"";
-        }
-
-        int line() const { return line_of(table_); }
-
-      private:
-        template <typename T> std::optional<T> plain(std::string_view key, const char* type) {
-            const toml::node* const found = node(key);
-            if (found == nullptr)
-                return std::nullopt;
-            if (!found->is<T>())
-                wrong(*found, key, type);
-            return found->is<T>() ? found->value<T>() : std::nullopt;
-        }
-
-        void wrong(const toml::node& node, std::string_view key, const std::string& type) {
-            loader_.error(line_of(node), named(key) + " must be " + type);
-        }
-
-        Loader& loader_;
-        const toml::table& table_;
-        std::string what_;
-        std::vector<std::string_view> known_;
-    };
+    void error(int line, const std::string& message) { source_.error(line, message); }
 
     std::string_view text_of(const toml::node& node, const std::string& what) {
-        const auto text = node.value<std::string_view>();
-        if (!node.is_string())
-            error(line_of(node), what + " must be text");
-        return node.is_string() ? storage_.texts.emplace_back(*text) : std::string_view();
+        return source_.text_of(node, what);
     }
 
     /* A regular expression with at least so many groups. */
@@ -202,13 +82,13 @@ class Loader {
 
     LoadedCatalogue& result_;
     CatalogueStorage& storage_;
-    std::string name_;
+    TomlText& source_;
     const toml::table* shared_rules_ = nullptr;
     const toml::table* shared_values_ = nullptr;
 };
 
 Argument Loader::read_argument(const toml::table& table, const std::string& what) {
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     Argument argument{};
     argument.name = fields.text("name", true);
     argument.meaning = fields.text("meaning", true);
@@ -230,7 +110,7 @@ Argument Loader::read_argument(const toml::table& table, const std::string& what
 }
 
 Value Loader::read_value(const toml::table& table, const std::string& what) {
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     Value value{};
     value.name = fields.text("name", true);
     value.meaning = fields.text("meaning", true);
@@ -270,7 +150,7 @@ void Loader::read_values(Fields& fields, std::vector<Value>& values, const std::
 Rule Loader::read_rule(const toml::node& node, const std::string& what) {
     Rule rule{};
     if (const toml::table* const table = node.as_table()) {
-        Fields fields(*this, *table, what);
+        Fields fields(source_, *table, what);
         rule.find = fields.text("find", true);
         rule.why = fields.text("why", true);
     } else {
@@ -286,7 +166,7 @@ Rule Loader::read_rule(const toml::node& node, const std::string& what) {
 
 void Loader::read_rules(const toml::table& table, const std::string& what,
                         std::vector<Rule>& failed, std::vector<std::string_view>& ok, bool shared) {
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     for (const std::string_view list : fields.texts("use")) {
         const toml::table* const rules =
             shared_rules_ == nullptr ? nullptr : (*shared_rules_)[list].as_table();
@@ -317,19 +197,20 @@ void Loader::check_template(std::string_view text, const Command& row, int line,
             known |= argument.name == wanted;
         if (!known)
             error(line, what + ": \"" + std::string(wanted) + "\" is no argument");
-        if (!as.empty() && as != ":u8" && as != ":u32" && as != ":u64" && as != ":count")
+        if (!as.empty() && as != ":u8" && as != ":u32" && as != ":u64" && as != ":count" &&
+            as != ":first")
             error(line, what + ": unknown form \"" + std::string(as.substr(1)) + "\"");
     }
 }
 
 Verify Loader::read_verify(const toml::table& table, const Command& row, const std::string& what) {
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     Verify verify{};
     verify.when_argument = fields.text("argument");
     verify.when_value = fields.text("is");
     verify.run = fields.text("run", true);
     verify.within_s = fields.number("within_s", 0);
-    verify.ok = fields.texts("ok");
+    verify.ok = kept(storage_.text_lists, fields.texts("ok"));
     if (verify.ok.empty())
         error(fields.line(), what + ": \"ok\" is missing");
     for (const std::string_view pattern : verify.ok) {
@@ -344,7 +225,7 @@ Verify Loader::read_verify(const toml::table& table, const Command& row, const s
 }
 
 Undo Loader::read_undo(const toml::table& table, const Command& row, const std::string& what) {
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     Undo undo{};
     undo.read = fields.text("read");
     undo.seen = fields.text("seen");
@@ -362,7 +243,7 @@ Undo Loader::read_undo(const toml::table& table, const Command& row, const std::
 Command Loader::read_command(const toml::table& table) {
     const auto words = table["words"].value<std::string_view>();
     const std::string what = words.has_value() ? std::string(*words) : "command";
-    Fields fields(*this, table, what);
+    Fields fields(source_, table, what);
     Command row{};
     row.line = fields.line();
     row.words = fields.text("words", true);
@@ -379,7 +260,7 @@ Command Loader::read_command(const toml::table& table) {
     row.ordinary_s = fields.number("ordinary_s", 0, true);
     row.longest_s = fields.number("longest_s", 0, true);
     row.adds_ms = fields.text("adds_ms");
-    row.needs = fields.texts("needs");
+    row.needs = kept(storage_.text_lists, fields.texts("needs"));
 
     std::vector<Argument> arguments;
     fields.tables("argument", [&](const toml::table& item) {
@@ -402,6 +283,8 @@ Command Loader::read_command(const toml::table& table) {
             error(line_of(*verdict), what + ": \"verdict\" must be a table");
     }
     row.failed = kept(storage_.rules, std::move(failed));
+    for (const std::string_view pattern : ok)
+        check_template(pattern, row, row.line, what + ": \"ok\"");
     row.ok = kept(storage_.text_lists, std::move(ok));
 
     std::vector<Verify> verify;
@@ -435,7 +318,7 @@ void Loader::check_references(const Command& row) {
 }
 
 void Loader::load(const toml::table& root) {
-    Fields fields(*this, root, "catalogue");
+    Fields fields(source_, root, "catalogue");
     const auto shared = [&](const char* key) -> const toml::table* {
         const toml::node* const node = fields.node(key);
         if (node != nullptr && !node->is_table())
@@ -444,9 +327,20 @@ void Loader::load(const toml::table& root) {
     };
     shared_rules_ = shared("rules");
     shared_values_ = shared("values");
+    fields.tables("group", [&](const toml::table& table) {
+        Fields group(source_, table, "group");
+        result_.groups.push_back({static_cast<int>(group.integer("number").value_or(0)),
+                                  group.text("title", true), group.text("about", true)});
+    });
     fields.tables("command", [&](const toml::table& table) {
         result_.commands.push_back(read_command(table));
     });
+    for (const Command& row : result_.commands) {
+        const std::string first(row.words.substr(0, row.words.find(' ')));
+        if (std::none_of(result_.groups.begin(), result_.groups.end(),
+                         [&](const Group& group) { return std::to_string(group.number) == first; }))
+            error(row.line, std::string(row.words) + ": there is no group " + first);
+    }
     for (size_t i = 0; i < result_.commands.size(); ++i)
         for (size_t j = 0; j < i; ++j)
             if (result_.commands[i].words == result_.commands[j].words)
@@ -461,12 +355,10 @@ void Loader::load(const toml::table& root) {
 LoadedCatalogue load_catalogue(std::string_view text, const std::string& name) {
     LoadedCatalogue result;
     result.storage = std::make_shared<CatalogueStorage>();
-    Loader loader(result, name);
-    try {
-        loader.load(toml::parse(text));
-    } catch (const toml::parse_error& error) {
-        loader.error(static_cast<int>(error.source().begin.line), std::string(error.description()));
-    }
+    TomlText& source = result.storage->source;
+    source.name = name;
+    source.parse(text, [&](const toml::table& root) { Loader(result).load(root); });
+    result.errors = source.messages();
     return result;
 }
 

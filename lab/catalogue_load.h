@@ -11,6 +11,7 @@ namespace lab {
 struct CatalogueStorage;
 
 struct LoadedCatalogue {
+    std::vector<Group> groups;
     std::vector<Command> commands; /* refer to what `storage` keeps */
     std::shared_ptr<CatalogueStorage> storage;
     std::vector<std::string> errors; /* "NAME:LINE: MESSAGE"; commands count only when none */

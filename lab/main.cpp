@@ -37,6 +37,12 @@ void takes_command(CLI::App& app, std::vector<std::string>& command) {
     });
 }
 
+/* The words of a command of kvt; our own options may stand behind them too. */
+void takes_words(CLI::App& app, std::vector<std::string>& words, const char* meaning) {
+    app.add_option("COMMAND", words, meaning);
+    app.callback([&] { words.insert(words.end(), g_behind_mark.begin(), g_behind_mark.end()); });
+}
+
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     RunOptions& options = kept<RunOptions>();
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended");
@@ -44,7 +50,36 @@ void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen)
     chosen = [&] { return run(common, options); };
 }
 
+void read_describe(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DescribeOptions& options = kept<DescribeOptions>();
+    takes_words(app, options.words, "group, and sub-command: all of them when left out");
+    chosen = [&] { return describe(common, options); };
+}
+
+void read_check(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    CheckOptions& options = kept<CheckOptions>();
+    app.add_flag("--json", options.json, "one JSON object instead of a line");
+    app.add_flag("--verify", options.verify, "read back where the catalogue says how");
+    app.add_flag("--yes", options.yes, "run it although something can be lost");
+    app.add_flag("--output", options.output, "kvt's own output, to standard error");
+    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
+        ->check(CLI::PositiveNumber);
+    takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
+    chosen = [&] { return check(common, options); };
+}
+
+void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PlanOptions& options = kept<PlanOptions>();
+    app.add_option("FILE", options.file, "the plan, TOML")->required();
+    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file");
+    app.add_flag("--json", options.json, "one JSON object instead of TAP");
+    chosen = [&] { return plan(common, options); };
+}
+
 constexpr Verb verbs[] = {
+    {"describe", "what kvt's commands do, take, tell and cost", read_describe},
+    {"check", "run a command and tell whether it worked", read_check},
+    {"plan", "run the steps of a file, and undo what they set", read_plan},
     {"run", "run kvt as it is", read_run},
 };
 

@@ -19,4 +19,26 @@ struct RunOptions {
 };
 int run(const Common& common, const RunOptions& options);
 
+/* kvt-lab describe [GROUP [SUB]]: the catalogue's rows as a person reads them. */
+struct DescribeOptions {
+    std::vector<std::string> words;
+};
+int describe(const Common& common, const DescribeOptions& options);
+
+/* kvt-lab check ...: the status tells the verdict; 2 when the command was not tried. */
+struct CheckOptions {
+    std::vector<std::string> command;
+    double timeout_s = 0; /* 0: by the catalogue */
+    bool json = false, verify = false, yes = false, output = false;
+};
+int check(const Common& common, const CheckOptions& options);
+
+/* kvt-lab plan FILE: 0 when every step passed, 2 when the plan is wrong and nothing was run, 128
+ * and the signal's number when one ended it. */
+struct PlanOptions {
+    std::string file, junit;
+    bool json = false;
+};
+int plan(const Common& common, const PlanOptions& options);
+
 } // namespace lab
