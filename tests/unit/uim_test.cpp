@@ -23,10 +23,9 @@ constexpr const char* eid_hex = "89001000000000000000000001234502";
 class UimTest : public PhoneTest {
   protected:
     UimTest() {
-        uim_qmi_client_recovery(); /* one that an earlier test's phone knew */
-        g_orvik_stdout_print_flag = 1;
         put("restart_ms", "30");
     }
+    ~UimTest() override { uim_qmi_client_recovery(); } /* no client outlives its phone */
 
     void fault(const std::string& rules) { put("faults", rules); }
 
