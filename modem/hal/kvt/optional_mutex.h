@@ -5,13 +5,12 @@
 
 #include "qti_shared_mutex.h"
 
-/* The same two symbols as functions, whose addresses can be asked for: null when the phone has
- * none. */
+/* Constructor and destructor under names whose address can be compared with null. */
 __attribute__((weak)) void
 construct_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexC1Ev");
 __attribute__((weak)) void destroy_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexD1Ev");
 
-/* Room for a QtiSharedMutex, made and destroyed where the phone has the class as we know it. */
+/* Holds a QtiSharedMutex if the phone's library has the class as declared here. */
 class OptionalSharedMutex {
   public:
     OptionalSharedMutex()

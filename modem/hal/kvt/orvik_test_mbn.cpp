@@ -1,5 +1,5 @@
 /* Group 10: the modem's configuration packages (MBN). Their service can't be initialised in this
- * tool, so that the command checks its arguments and says that nothing is done. */
+ * tool: the command checks its arguments and says that nothing is done. */
 #include <cstdint>
 #include <cstdlib>
 

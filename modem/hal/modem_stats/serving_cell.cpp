@@ -31,8 +31,8 @@ constexpr unpk_field fields[] = {
 
 constexpr unpk_record serving_cell_record = {"modem_stats_parse_xxxx_diag_xxxx", versions, fields};
 
-/* The output area is the first 700 bytes. More memory follows, since a cursor that points
- * at a record may be read like any other. */
+/* The output area is the first 700 bytes. The rest is there because the cursor may be read wherever
+ * it points. */
 constexpr size_t area_size = 700;
 constexpr size_t area_cleared_from = 36;
 uint8_t g_single_data[UNPK_MEMORY_SIZE];

@@ -51,10 +51,9 @@ static_assert(offsetof(modem_stats_single_data_common_type, tac) == 8 &&
  * be used. */
 bool serving_cell_unpack(serving_cell& cell);
 
-/* Reads the record from the armed cursor, prints it, stores it at the start of the output area that
- * single-data records share, and points the cursor at it: g_pk_data_ptr at the record,
- * g_pk_data_cnt its length. A record that can't be read leaves a line, the area as it was, and the
- * cursor where the failing step left it. As in all parsers of its family the arguments name a data
- * id and where the record goes; this one uses neither. */
+/* Reads the record from the armed cursor, prints it, stores it in the output area and points the
+ * cursor at it: g_pk_data_ptr at the record, g_pk_data_cnt its length. If it can't be read, a line
+ * says why, and area and cursor stay as they are then. The arguments, a data id and where the
+ * record goes, are those of every such parser; this one uses neither. */
 void modem_stats_parse_xxxx_diag_xxxx(int, modem_stats_data_id_e_type*,
                                       modem_stats_single_data_common_type**);

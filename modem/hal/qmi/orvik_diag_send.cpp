@@ -51,9 +51,8 @@ struct diag_wait {
     std::atomic<int> holders{0};
 };
 
-/* The sender, the callback that saw the wait begin and the wait's own thread hold it, and the last
- * of them frees it: a post that comes when the wait is over falls on a semaphore that is still
- * there and that nobody waits on any more. */
+/* Shared by the sender, by the callback that began while it was current and by the thread that
+ * watches it; the last one frees it. So a late post meets a semaphore that still exists. */
 class wait_holder {
   public:
     explicit wait_holder(diag_wait* wait) : wait_(wait) { ++wait_->holders; }
@@ -73,19 +72,19 @@ class wait_holder {
     diag_wait* wait_;
 };
 
-/* The response collected last; malloc'd blocks, one byte larger than what they hold. Guarded by the
- * response mutex. */
+/* The latest response. Both blocks come from malloc and are one byte longer than their content.
+ * Guarded by the response mutex. */
 struct diag_rsp_buf {
     uint8_t* data;
-    int32_t length; /* stays when the DCI sender frees data */
+    int32_t length; /* Published: kept when a DCI command frees data */
     uint8_t* prev_data;
 };
 
-/* Commands that found libdiag up, and the one that brought it up. Changed under the send mutex. */
+/* Initialisations since libdiag came up. Changed under the send mutex. */
 std::atomic<int32_t> g_diag_init_status{0};
 diag_rsp_buf g_qcril_diag_rsp_buf{};
 
-/* Callbacks, wait threads and workers may use it while the process ends. */
+/* Never destroyed: callbacks, wait threads and workers may use it while the process ends. */
 struct diag_shared {
     std::mutex send_mutex;     /* a whole "with result" command */
     std::mutex worker_mutex;   /* a worker's whole run */
@@ -108,7 +107,7 @@ wait_holder current_wait() {
     return g_diag_shared.wait;
 }
 
-/* False when there is no memory: the wait before stays the current one. */
+/* False when there is no memory; the current wait then stays. */
 bool begin_new_wait() {
     auto* const wait = new (std::nothrow) diag_wait;
     if (wait == nullptr)
@@ -119,7 +118,7 @@ bool begin_new_wait() {
     return true;
 }
 
-/* What libdiag hands back as a packet's context: the processor's number, in a word that stays. */
+/* The number of each processor. libdiag keeps a pointer to one and passes it to the callback. */
 uint32_t g_processor_words[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 
 constexpr const char* processor_labels[] = {"MSM", "MDM", "MDM_2"};
@@ -145,8 +144,7 @@ int create_detached_thread(void* (*proc)(void*), void* arg) {
     return conf;
 }
 
-/* To be called by the thread itself: its creator must not touch a detached thread, which may have
- * ended. */
+/* For the thread itself: its creator must not touch a detached thread, which may have ended. */
 void name_this_thread() { pthread_setname_np(pthread_self(), "ORVK DIAG"); }
 
 } // namespace
@@ -163,8 +161,7 @@ void orvik_print_data_with_hex(const uint8_t* data, uint32_t len) {
         return;
     }
     static constexpr char digits[] = "0123456789ABCDEF";
-    char text[3 *
-              hex_dump_max]; /* two digits a byte, a blank before each but the first, and the NUL */
+    char text[3 * hex_dump_max]; /* with blanks between the bytes, and the NUL */
     char* end = text;
     for (uint32_t i = 0; i < len; ++i) {
         if (i > 0)
@@ -185,7 +182,7 @@ void orvik_diag_init_with_result() {
         ++g_diag_init_status;
         return;
     }
-    /* Also where the library does not come up: the command goes on and may come to wait. */
+    /* Even if the library does not come up: the command goes on and may wait. */
     const bool ready = begin_new_wait();
     if (ready && Diag_LSM_Init(nullptr))
         g_diag_init_status = 1;
@@ -240,7 +237,7 @@ int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_
     return 0;
 }
 
-/* Both checks of a "with result" command, with the complaints of the named function. */
+/* Both checks of a "with result" command, logged under function. */
 static bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
                            uint8_t* reply_buf, uint32_t* p_reply_len) {
     if (orvik_diag_comand_input_check(data, data_len) != 0)
@@ -252,7 +249,7 @@ static bool buffers_usable(const char* function, const uint8_t* data, uint32_t d
 
 /* ==== waiting for a response ==== */
 
-/* Counts the ticks of a wait; true when it is to be ended, as timed out or not. */
+/* Watches a wait until it is over or its time is up. True when the sender is still to be woken. */
 static bool watch(diag_wait& wait) {
     static constexpr const char* function = "orvik_diag_cmd_send_with_result_wait_thread_proc";
     ORVIK_DBG_IN(function, "function entry ------------->");
@@ -282,7 +279,7 @@ static bool watch(diag_wait& wait) {
     return end;
 }
 
-/* Posts last: the sender that it wakes, and the process, may be through before this thread is. */
+/* The post comes last: once the sender is woken, the process may end before this thread does. */
 static void watch_and_post(const wait_holder& wait) {
     name_this_thread();
     if (watch(*wait.get()))
@@ -294,7 +291,7 @@ void* orvik_diag_cmd_send_with_result_wait_thread_proc(void*) {
     return nullptr;
 }
 
-/* Gets a wait, held for it, to end that one whatever the current one is by then. */
+/* arg: the wait to watch, already counted as held by this thread. */
 static void* handed_wait_thread_proc(void* arg) {
     auto* const handed = static_cast<diag_wait*>(arg);
     const wait_holder wait(handed);
@@ -313,8 +310,8 @@ void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
-/* Blocks until a response, or the time's end, is posted. wait is the current one: only a sender
- * begins a new one, and the send mutex is held. */
+/* Blocks until the response arrives or the time is up. wait is the current one: only a sender
+ * begins another, and the send mutex is held. */
 static void wait_for_response(const wait_holder& wait) {
     orvik_diag_cmd_send_with_result_wait_create_thread();
     while (sem_wait(&wait->done) != 0 && errno == EINTR) {
@@ -323,7 +320,7 @@ static void wait_for_response(const wait_holder& wait) {
     wait->limit = default_ticks;
 }
 
-/* Copies the response to the caller; the result of the wait. */
+/* Copies the response to the caller. 1 after a time-out, else 0. */
 static int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf,
                          uint32_t* p_reply_len, int32_t capacity) {
     const std::lock_guard guard(g_diag_shared.response_mutex);
@@ -332,7 +329,8 @@ static int take_response(const char* function, diag_wait& wait, uint8_t* reply_b
     ORVIK_DBG_IN(function,
                  "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", n,
                  response.length, capacity);
-    /* A length may be left from a response whose bytes were freed: nothing to copy then. */
+    /* Published: DCI mode frees the response but keeps its length. Then there is nothing to copy.
+     */
     const int32_t copied = response.data != nullptr ? n : 0;
     if (copied >= 1)
         std::memcpy(reply_buf, response.data, static_cast<size_t>(copied));
@@ -349,7 +347,7 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
     uint16_t remote_mask = 0;
     diag_has_remote_device(&remote_mask);
 
-    /* One name, of the lowest bit, even where several are set. */
+    /* Published: one name, that of the lowest bit, even if several are set. */
     static constexpr const char* remote_labels[] = {" APSS",  " MPSS",    " LPASS",
                                                     " WCNSS", " SENSORS", " WDSP"};
     const char* label = "";
@@ -448,7 +446,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
 
 constexpr int dci_response_size = 16384;
 
-/* True when the chunk was kept. The response mutex is held. */
+/* Appends a chunk to the response. The response mutex is held. */
 static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     if (response.data == nullptr) {
@@ -479,7 +477,7 @@ static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len
     return true;
 }
 
-/* The length stays, as callers of the next command expect it to. */
+/* Published: the length stays. */
 static void free_response() {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     std::free(g_qcril_diag_rsp_buf.prev_data);
@@ -593,8 +591,8 @@ int send_dci_request(const char* function, const dci_variant& variant, int clien
     return 0;
 }
 
-/* A whole DCI command while libdiag is up, which it takes down; sent() runs once the request is out
- * and gives the result. */
+/* A whole DCI command, from the client's registration to its release. sent() runs once the request
+ * is out and gives the result; then libdiag is taken down. */
 template <typename Sent>
 int run_dci_command(const char* function, const dci_variant& variant, const uint8_t* data,
                     uint32_t data_len, Sent sent) {
@@ -661,8 +659,7 @@ namespace {
 constexpr uint32_t work_mode_callback = 0;
 constexpr uint32_t work_mode_dci = 1;
 
-/* What the workers of both modes do around their sending. work gets the packet while libdiag is up
- * and takes it down; libdiag is brought up here directly and not counted. */
+/* Checks the block, brings libdiag up, without counting it, and calls work, which takes it down. */
 template <typename Work> void run_worker(const char* function, void* block, Work work) {
     const std::lock_guard guard(g_diag_shared.worker_mutex);
     const std::unique_ptr<void, void (*)(void*)> owned(block, std::free);
@@ -691,7 +688,7 @@ void worker_ends() {
     g_diag_shared.worker_ended.notify_all();
 }
 
-/* A worker's thread: its body, then, after the last line of that, the event. */
+/* The workers' threads. worker_ends comes after the last line that the body logs. */
 void* callback_worker(void* block) {
     name_this_thread();
     orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(block);
