@@ -41,4 +41,12 @@ struct PlanOptions {
 };
 int plan(const Common& common, const PlanOptions& options);
 
+/* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
+struct PagesOptions {
+    std::string folder;
+    bool check = false; /* tell which are stale instead of writing them */
+};
+struct VerbText;
+int pages(const PagesOptions& options, const std::vector<VerbText>& verbs);
+
 } // namespace lab

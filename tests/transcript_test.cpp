@@ -70,8 +70,9 @@ class TranscriptTest : public testing::Test {
         script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
                          "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
-        prefix_ = "export KVT_PHONE='" + phone().string() + "' PATH='" +
-                  (dir_ / "bin").string() + "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
+        prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_PHONE='" + phone().string() +
+                  "' PATH='" + (dir_ / "bin").string() +
+                  "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
         /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
         const std::string report = "log_path=" + (dir_ / "report").string();
         prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
