@@ -7,23 +7,6 @@
 /* A statistics data id; see the modem API. */
 enum modem_stats_data_id_e_type : uint32_t;
 
-/* The record as it is read, in the order of reading. */
-struct serving_cell {
-    uint32_t version;
-    uint16_t mcc;
-    uint8_t mnc_num; /* digits of mnc; printed only */
-    uint16_t mnc;
-    uint32_t tac;
-    uint64_t cgi;
-    uint16_t pci;
-    uint16_t freq_band_ind;
-    uint32_t dl_earfcn;
-    uint16_t dl_bw;
-    uint32_t ul_earfcn;
-    uint16_t ul_bw;
-    uint8_t allow_access;
-};
-
 /* The record as it is handed on: packed, little-endian. */
 struct [[gnu::packed]] modem_stats_single_data_common_type {
     uint32_t version;
@@ -38,7 +21,7 @@ struct [[gnu::packed]] modem_stats_single_data_common_type {
     uint32_t ul_earfcn;
     uint16_t ul_bw;
     uint8_t allow_access;
-    uint8_t scs;
+    uint8_t scs; /* 0 */
 };
 static_assert(sizeof(modem_stats_single_data_common_type) == 38);
 static_assert(offsetof(modem_stats_single_data_common_type, tac) == 8 &&
@@ -46,6 +29,11 @@ static_assert(offsetof(modem_stats_single_data_common_type, tac) == 8 &&
               offsetof(modem_stats_single_data_common_type, dl_earfcn) == 24 &&
               offsetof(modem_stats_single_data_common_type, ul_earfcn) == 30 &&
               offsetof(modem_stats_single_data_common_type, allow_access) == 36);
+
+struct serving_cell {
+    modem_stats_single_data_common_type record;
+    uint8_t mnc_num; /* digits of mnc; printed, not handed on */
+};
 
 /* Reads the record from the armed cursor. False after a line that says why; cell is then not to
  * be used. */
