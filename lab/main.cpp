@@ -80,6 +80,21 @@ void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return plan(common, options); };
 }
 
+void read_watch(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    WatchOptions& options = kept<WatchOptions>();
+    app.add_option("--every", options.every_s, "seconds from one asking to the next (1)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0));
+    app.add_option("--count", options.count, "ends after so many (until Ctrl-C)")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    app.add_option("--sub", options.sub, "subscription (0)")->type_name("SUB");
+    app.add_option("--out", options.out, "keep the levels in this file: FILE.svg, or else CSV")
+        ->type_name("FILE");
+    takes_words(app, options.words, "9, and one or more of its sub-commands");
+    chosen = [&] { return watch(common, options); };
+}
+
 /* The verbs and options that a person is shown. */
 std::vector<VerbText> verb_texts(const CLI::App& all) {
     const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
@@ -114,6 +129,7 @@ constexpr Verb verbs[] = {
     {"describe", "what kvt's commands do, take, tell and cost", read_describe},
     {"check", "run a command and tell whether it worked", read_check},
     {"plan", "run the steps of a file, and undo what they set", read_plan},
+    {"watch", "show levels as they move, and keep them as CSV or picture", read_watch},
     {"run", "run kvt as it is", read_run},
     {"pages", "renew the pages that are made from the catalogue", read_pages},
 };

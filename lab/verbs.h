@@ -41,6 +41,15 @@ struct PlanOptions {
 };
 int plan(const Common& common, const PlanOptions& options);
 
+/* kvt-lab watch 9 SUB...: 1 when an answer was missing at any time. */
+struct WatchOptions {
+    std::vector<std::string> words; /* "9" and its sub-commands */
+    std::string sub = "0", out;
+    double every_s = 1;
+    long count = 0; /* 0: until a signal */
+};
+int watch(const Common& common, const WatchOptions& options);
+
 /* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
 struct PagesOptions {
     std::string folder;
