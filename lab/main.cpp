@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "kvt_version.h"
 #include "verbs.h"
 
 namespace {
@@ -94,6 +95,7 @@ constexpr Verb verbs[] = {
 int main(int argc, char** argv) {
     CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");
     app.failure_message(CLI::FailureMessage::help);
     Common common;
     app.add_option("--kvt", common.kvt,
