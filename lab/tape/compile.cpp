@@ -120,9 +120,8 @@ class Compiler {
             value.is_text = field.is_text ? 1 : 0;
             value.number = field.number;
             value.text = field.text;
-            if (std::string bytes;
-                field.is_text && has(fields, value.name + "_len") &&
-                event_.bytes(fields, field.name, bytes)) {
+            if (std::string bytes; field.is_text && has(fields, value.name + "_len") &&
+                                   event_.bytes(fields, field.name, bytes)) {
                 value.number = static_cast<int64_t>(bytes.size());
                 value.text = std::move(bytes);
             }

@@ -128,8 +128,7 @@ struct LineParser::State {
             if (length.name.size() <= suffix.size() ||
                 length.name.substr(length.name.size() - suffix.size()) != suffix)
                 continue;
-            const std::string_view name =
-                length.name.substr(0, length.name.size() - suffix.size());
+            const std::string_view name = length.name.substr(0, length.name.size() - suffix.size());
             const Field* const bytes = find(fields, name);
             if (bytes == nullptr)
                 continue; /* an address that was null: only its length is told */
@@ -151,8 +150,7 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
     event = {};
     state_->decoded.clear();
     dom::element document;
-    if (const auto code =
-            state_->parser.parse(line.data(), line.size(), false).get(document);
+    if (const auto code = state_->parser.parse(line.data(), line.size(), false).get(document);
         code != simdjson::SUCCESS)
         return set(error, "not a line of a tape: it is no whole JSON text");
     dom::object object;

@@ -5,8 +5,8 @@
 
 namespace lab::tape {
 
-/* A file or folder of KVT_TAPE_LIBRARIES, or of the folder lib beside our program's. Empty, with a
- * message, when it is not there. */
+/* A file or folder in KVT_TAPE_LIBRARIES, or in the folders of the build and of an installation, as
+ * seen from our program's. Empty, with a message, when it is not there. */
 std::string find_library(const std::string& name, std::string& error);
 
 } // namespace lab::tape

@@ -32,8 +32,7 @@ int run_recorded(std::vector<std::string> words) {
         argv.push_back(word.data());
     argv.push_back(nullptr);
     pid_t pid = 0;
-    if (const int error =
-            ::posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ))
+    if (const int error = ::posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ))
         return failed(words[0] + ": " + std::strerror(error));
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
@@ -56,7 +55,8 @@ int record(const Common& common, const RecordOptions& options) {
     if (library.empty())
         return failed(error);
     const char* const preload = std::getenv("LD_PRELOAD");
-    const std::string behind = preload != nullptr && *preload != '\0' ? std::string(":") + preload : "";
+    const std::string behind =
+        preload != nullptr && *preload != '\0' ? std::string(":") + preload : "";
     ::setenv("LD_PRELOAD", (library + behind).c_str(), 1);
     std::vector<std::string> words = options.command;
     words.insert(words.begin(), kvt);

@@ -89,9 +89,9 @@ bool replay_run(const std::string& kvt, const std::string& libraries, const Scri
     request.command = args;
     request.command.insert(request.command.begin(), kvt);
     const char* const path = std::getenv("LD_LIBRARY_PATH");
-    request.environment = {
-        "LD_LIBRARY_PATH=" + libraries + (path != nullptr ? std::string(":") + path : ""),
-        "KVT_REPLAY=" + file.name(), "KVT_REPLAY_REPORT=" + report.name()};
+    request.environment = {"LD_LIBRARY_PATH=" + libraries +
+                               (path != nullptr ? std::string(":") + path : ""),
+                           "KVT_REPLAY=" + file.name(), "KVT_REPLAY_REPORT=" + report.name()};
     request.limit = spare_time;
     for (const ScriptEvent& event : script.events)
         request.limit = std::max<std::chrono::milliseconds>(
@@ -102,12 +102,10 @@ bool replay_run(const std::string& kvt, const std::string& libraries, const Scri
     const std::string told = report.read();
     constexpr std::string_view mark = "differs: ";
     if (const size_t at = told.find(mark); at != std::string::npos) {
-        replayed.difference =
-            told.substr(at + mark.size(), told.find('\n', at) - at - mark.size());
+        replayed.difference = told.substr(at + mark.size(), told.find('\n', at) - at - mark.size());
         if (const size_t more = told.find("\nmore: "); more != std::string::npos)
-            replayed.difference +=
-                "; further differences: " +
-                told.substr(more + 7, told.find('\n', more + 1) - more - 7);
+            replayed.difference += "; further differences: " +
+                                   told.substr(more + 7, told.find('\n', more + 1) - more - 7);
     }
     return true;
 }

@@ -19,8 +19,8 @@ constexpr uint32_t no_event = 0xFFFFFFFF;
 
 struct ScriptValue {
     std::string name;
-    std::string text;     /* bytes, or text */
-    int64_t number = 0;   /* or a number; of bytes their length, which zeros fill up */
+    std::string text;   /* bytes, or text */
+    int64_t number = 0; /* or a number; of bytes their length, which zeros fill up */
     uint8_t is_text = 0;
 };
 
@@ -28,15 +28,15 @@ enum class ScriptKind : uint8_t { call, open, back, printed };
 
 struct ScriptEvent {
     ScriptKind kind = ScriptKind::call;
-    uint32_t line = 0;   /* in the tape, for messages */
+    uint32_t line = 0; /* in the tape, for messages */
     uint32_t thread = 0;
     uint32_t begin = no_point;
     uint32_t end = no_point;
     uint32_t inside = no_event; /* of a callback: the call of the same thread that it came in */
     int64_t at_us = 0;
     int64_t took_us = 0;
-    std::string name;    /* of the call or the kind of callback */
-    std::string inputs;  /* of a call, as input_text makes them */
+    std::string name;                /* of the call or the kind of callback */
+    std::string inputs;              /* of a call, as input_text makes them */
     std::vector<ScriptValue> values; /* a call's outputs; what a callback brings */
     int64_t result = 0;
     int64_t error = 0;   /* errno */
@@ -87,8 +87,9 @@ inline bool has_object(std::string_view call) {
 
 /* The sequence that a call belongs to. */
 inline std::string sequence_of(const std::string& call, const std::string& inputs) {
-    return has_object(call) ? call + input_separator + inputs.substr(0, inputs.find(input_separator))
-                            : call;
+    return has_object(call)
+               ? call + input_separator + inputs.substr(0, inputs.find(input_separator))
+               : call;
 }
 
 /* ---- as bytes ---- */

@@ -135,9 +135,8 @@ qmi_client_error_type qmi_client_register_error_cb(qmi_client_type client, qmi_c
     call.in_handle("client", client);
     const qmi_client_error_cb passed = call.in_callback("callback", cb);
     call.in_pointer("context", data);
-    return call.make(QMI_CLIENT_TRANSPORT_ERR, [&] {
-        return PLATFORM(qmi_client_register_error_cb)(client, passed, data);
-    });
+    return call.make(QMI_CLIENT_TRANSPORT_ERR,
+                     [&] { return PLATFORM(qmi_client_register_error_cb)(client, passed, data); });
 }
 
 qmi_client_error_type qmi_client_register_notify_cb(qmi_client_type client, qmi_client_notify_cb cb,
@@ -146,9 +145,8 @@ qmi_client_error_type qmi_client_register_notify_cb(qmi_client_type client, qmi_
     call.in_handle("client", client);
     const qmi_client_notify_cb passed = call.in_callback("callback", cb);
     call.in_pointer("context", data);
-    return call.make(QMI_CLIENT_TRANSPORT_ERR, [&] {
-        return PLATFORM(qmi_client_register_notify_cb)(client, passed, data);
-    });
+    return call.make(QMI_CLIENT_TRANSPORT_ERR,
+                     [&] { return PLATFORM(qmi_client_register_notify_cb)(client, passed, data); });
 }
 
 qmi_client_error_type qmi_client_release(qmi_client_type client) {
@@ -329,9 +327,8 @@ int __android_log_print(int priority, const char* tag, const char* fmt, ...) {
     call.in_text("text", text);
     call.in("priority", priority);
     call.in_text("tag", tag);
-    return call.make(not_matched, [&] {
-        return PLATFORM(__android_log_print)(priority, tag, "%s", text);
-    });
+    return call.make(not_matched,
+                     [&] { return PLATFORM(__android_log_print)(priority, tag, "%s", text); });
 }
 
 int system(const char* command) {

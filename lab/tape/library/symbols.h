@@ -4,7 +4,8 @@
 /* Null when no library behind this one has the symbol. */
 void* platform_symbol(const char* name);
 
-/* The same, remembered in *found; ends the process, as the loader would have, without the symbol. */
+/* The same, remembered in *found; ends the process, as the loader would have, without the symbol.
+ */
 void* needed_symbol(const char* name, void** found);
 
 /* The next definition of a function, looked up at its first call. */

@@ -91,12 +91,12 @@ void set_state(int value) { __atomic_store_n(&g_journal.state, value, __ATOMIC_R
 
 void say(const char* what) {
     char text[700];
-    const int length = std::snprintf(text, sizeof text, "libkvt_record: %s: %s: nothing is recorded\n",
-                                     g_journal.path, what);
+    const int length = std::snprintf(
+        text, sizeof text, "libkvt_record: %s: %s: nothing is recorded\n", g_journal.path, what);
     if (length > 0)
-        (void)!::write(2, text, static_cast<size_t>(length) < sizeof text
-                                    ? static_cast<size_t>(length)
-                                    : sizeof text - 1);
+        (void)!::write(2, text,
+                       static_cast<size_t>(length) < sizeof text ? static_cast<size_t>(length)
+                                                                 : sizeof text - 1);
 }
 
 void give_up(const char* what) {

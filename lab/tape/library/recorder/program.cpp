@@ -105,8 +105,8 @@ const Services& services() {
     static bool looked;
     if (!looked) /* the first time before the program runs */
         for (Service& row : rows)
-            row.object = static_cast<const qmi_idl_service_object*>(
-                ::dlsym(RTLD_DEFAULT, row.symbol));
+            row.object =
+                static_cast<const qmi_idl_service_object*>(::dlsym(RTLD_DEFAULT, row.symbol));
     looked = true;
     return rows;
 }

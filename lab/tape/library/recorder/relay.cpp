@@ -191,9 +191,7 @@ qmi_client_error_cb to(qmi_client_error_cb callback, int& number) {
 qmi_client_notify_cb to(qmi_client_notify_cb callback, int& number) {
     return in_row<Notify>(callback, number);
 }
-diag_packet_cb to(diag_packet_cb callback, int& number) {
-    return in_row<Packet>(callback, number);
-}
+diag_packet_cb to(diag_packet_cb callback, int& number) { return in_row<Packet>(callback, number); }
 diag_dci_response_cb to(diag_dci_response_cb callback, int& number) {
     return in_row<Response>(callback, number);
 }

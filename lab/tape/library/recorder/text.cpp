@@ -21,7 +21,8 @@ size_t sequence_length(const unsigned char* p, size_t left) {
     for (const Row& row : rows) {
         if (p[0] < row.from || p[0] > row.to)
             continue;
-        if (row.length > left || (row.length > 1 && (p[1] < row.second_from || p[1] > row.second_to)))
+        if (row.length > left ||
+            (row.length > 1 && (p[1] < row.second_from || p[1] > row.second_to)))
             return 0;
         for (size_t i = 2; i < row.length; ++i)
             if (p[i] < 0x80 || p[i] > 0xBF)

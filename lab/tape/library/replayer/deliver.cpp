@@ -53,9 +53,7 @@ void notify(Delivery& d) {
         static_cast<qmi_client_notify_event_type>(number_of(d, "event")), context_of(d));
 }
 
-void packet(Delivery& d) {
-    as<diag_packet_cb>(d.function)(bytes_of(d), d.length, context_of(d));
-}
+void packet(Delivery& d) { as<diag_packet_cb>(d.function)(bytes_of(d), d.length, context_of(d)); }
 
 void response(Delivery& d) {
     as<diag_dci_response_cb>(d.function)(bytes_of(d), d.length, context_of(d));

@@ -67,8 +67,8 @@ microseconds at(const ScriptEvent& event) { return microseconds(event.at_us); }
 /* For a thread that waits for the event's turn: what is still to come before it takes as long as it
  * took, where it is not ours to shorten. */
 microseconds patience_for(const ScriptEvent& event) {
-    const auto gone = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() -
-                                                               g_engine.start);
+    const auto gone =
+        std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - g_engine.start);
     return patience + std::max(microseconds(0), at(event) + microseconds(event.took_us) - gone);
 }
 
@@ -132,8 +132,8 @@ std::string difference(const ScriptEvent& event, const std::string& inputs) {
     std::string text = event.name;
     if (has_object(event.name) && !now.empty() && b != now.begin())
         text += " of " + now.front();
-    return text + ": the tape (line " + std::to_string(event.line) + ") has " +
-           shown(left, place) + ", the program gives " + shown(right, place);
+    return text + ": the tape (line " + std::to_string(event.line) + ") has " + shown(left, place) +
+           ", the program gives " + shown(right, place);
 }
 
 /* What the tape has at the place where the program is. */
@@ -213,7 +213,7 @@ bool load_script(const char* descriptor) {
     return reader.good();
 }
 
-__attribute__((constructor)) void load() {
+bool load() {
     const char* const descriptor = std::getenv("KVT_REPLAY");
     const char* const report = std::getenv("KVT_REPLAY_REPORT");
     if (report != nullptr)
@@ -245,7 +245,11 @@ __attribute__((constructor)) void load() {
     }
     for (const auto& [number, events] : threads)
         std::thread(platform_thread, std::cref(events)).detach();
+    return true;
 }
+
+/* While the library is loaded, before the program runs. */
+[[maybe_unused]] const bool g_loaded = load();
 
 /* The program's end has its place in the order too: what other threads did before it is waited
  * for. */
@@ -401,8 +405,7 @@ bool text_is_next(const char* text, size_t length) {
         return false;
     const ScriptEvent& event = g_engine.script.events[g_engine.printed[g_engine.print_at]];
     const std::string& output = g_engine.script.output;
-    return g_engine.order.next() >= event.begin &&
-           length <= event.length - g_engine.print_used &&
+    return g_engine.order.next() >= event.begin && length <= event.length - g_engine.print_used &&
            length <= output.size() - g_engine.output_at &&
            output.compare(static_cast<size_t>(g_engine.output_at), length, text, length) == 0;
 }

@@ -40,7 +40,8 @@ int pointer_number(const void* pointer);
 using AnyFunction = void (*)();
 int callback_number(const char* kind, AnyFunction callback);
 
-/* The pointer that the program gave for the service; null for a platform's object, which is ours. */
+/* The pointer that the program gave for the service; null for a platform's object, which is ours.
+ */
 void know_service(const std::string& name, const void* service);
 
 /* Where responses of DCI are stored; null once they may not be any more. */

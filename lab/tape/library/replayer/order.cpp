@@ -8,8 +8,8 @@ void Order::pass(uint32_t point) {
     const uint32_t before = next_;
     while (next_ < passed_.size() && passed_[next_] != 0)
         ++next_;
-    if (next_ != before && waiting_ > 0)
-        changed_.notify_all();
+    if (next_ != before)
+        wake();
 }
 
 void Order::wait_turn(Lock& lock, uint32_t point, std::chrono::microseconds patience) {
@@ -24,5 +24,5 @@ bool Order::nobody_moves() const {
     while (const dirent* entry = ::readdir(folder))
         threads += entry->d_name[0] != '.' ? 1 : 0;
     ::closedir(folder);
-    return waiting_ >= threads;
+    return settled_ >= threads;
 }

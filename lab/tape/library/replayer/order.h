@@ -33,46 +33,70 @@ class Order {
     /* Nobody waits for the order any more. */
     void give_up_order() {
         loose_ = true;
+        wake();
+    }
+
+    /* Something that threads may wait for has changed. */
+    void wake() {
+        ++changes_;
+        settled_ = 0;
         changed_.notify_all();
     }
 
-    void wake() { changed_.notify_all(); }
-
   private:
-    /* Every thread of this process is waiting here: none can bring what another waits for. */
+    /* A thread that waits, and what it has seen of the changes. */
+    struct Waiting {
+        uint64_t seen = 0;
+    };
+
+    /* The thread has looked at what there is, and goes on waiting. */
+    void settle(Waiting& waiting) {
+        if (waiting.seen == changes_)
+            return;
+        waiting.seen = changes_;
+        ++settled_;
+    }
+    void leave(const Waiting& waiting) {
+        if (waiting.seen == changes_)
+            --settled_;
+    }
+
+    /* Every thread of this process waits here for another: none can bring what they wait for. */
     bool nobody_moves() const;
 
     std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<uint8_t> passed_;
     uint32_t next_ = 0;
-    unsigned waiting_ = 0;
+    uint64_t changes_ = 1;
+    unsigned settled_ = 0; /* threads that have seen the last change and wait */
     bool loose_ = false;
 };
 
 template <typename Condition>
 bool Order::wait_for(Lock& lock, std::chrono::microseconds patience, Condition condition) {
+    if (loose_)
+        return condition();
     const auto until = std::chrono::steady_clock::now() + patience;
-    bool met = condition();
-    if (met || loose_)
-        return met;
-    ++waiting_;
+    Waiting waiting;
+    bool met = false;
     while (!(met = condition()) && !loose_) {
+        settle(waiting);
         if (nobody_moves() || std::chrono::steady_clock::now() >= until) {
             give_up_order();
             break;
         }
         changed_.wait_for(lock, std::chrono::milliseconds(20));
     }
-    --waiting_;
+    leave(waiting);
     return met;
 }
 
 template <typename Condition> void Order::wait_long(Lock& lock, Condition condition) {
-    if (condition())
-        return;
-    ++waiting_;
-    while (!condition())
+    Waiting waiting;
+    while (!condition()) {
+        settle(waiting);
         changed_.wait(lock);
-    --waiting_;
+    }
+    leave(waiting);
 }
