@@ -9,10 +9,6 @@ namespace {
 
 constexpr size_t most_shown = 32;
 
-std::string_view part(std::string_view bytes, size_t at, size_t length) {
-    return bytes.substr(std::min(at, bytes.size()), length);
-}
-
 } // namespace
 
 uint64_t little_endian(std::string_view bytes, size_t at, size_t width) {

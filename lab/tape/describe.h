@@ -39,6 +39,11 @@ void append_number(std::string& out, int64_t value);
 /* "name (value)", or the value alone. */
 void append_named(std::string& out, std::span<const names::Number> rows, int64_t value);
 
+/* As much of a part as there is. */
+inline std::string_view part(std::string_view bytes, size_t at, uint64_t length) {
+    return bytes.substr(at < bytes.size() ? at : bytes.size(), static_cast<size_t>(length));
+}
+
 /* Little-endian; what lies behind the end counts as zero. */
 uint64_t little_endian(std::string_view bytes, size_t at, size_t width);
 

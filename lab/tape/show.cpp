@@ -5,6 +5,7 @@
 #include <ctime>
 #include <map>
 
+#include "tape/clients.h"
 #include "tape/describe.h"
 #include "tape/format.h"
 
@@ -35,13 +36,6 @@ class Page {
   private:
     std::string text_;
 };
-
-const names::Service* service_named(std::string_view name) {
-    for (const names::Service& row : names::services)
-        if (name == row.name)
-            return &row;
-    return nullptr;
-}
 
 /* ---- a tape ---- */
 
@@ -129,16 +123,7 @@ class TapePage {
         page_.line();
     }
 
-    const names::Service* client_service(int64_t handle) const {
-        const auto it = clients_.find(handle);
-        return it != clients_.end() ? it->second : nullptr;
-    }
-
-    static const names::Service* service_of(const Field* field) {
-        if (field == nullptr)
-            return nullptr;
-        return field->is_text ? service_named(field->text) : names::service_of(field->number);
-    }
+    const names::Service* client_service(int64_t handle) const { return clients_.service(handle); }
 
     void call() {
         if (event_.name == "qmi_client_send_msg_sync")
@@ -153,10 +138,7 @@ class TapePage {
             const bool dci = event_.name == "diag_send_dci_async_req";
             return finish('>', line_, event_.result == (dci ? 1001 : 0));
         }
-        for (const char* const name : {"client", "notifier"})
-            if (const Field* const handle = event_.output_named(name);
-                handle != nullptr && !handle->is_text)
-                clients_[handle->number] = service_of(event_.input("service"));
+        clients_.note(event_);
         plain();
     }
 
@@ -282,7 +264,7 @@ class TapePage {
     LineParser parser_;
     Event event_;
     std::string line_;
-    std::map<int64_t, const names::Service*> clients_;
+    Clients clients_;
 };
 
 /* ---- a phone's log ---- */
