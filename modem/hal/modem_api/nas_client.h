@@ -1,8 +1,6 @@
 /* What the NAS clients do beyond the service client. */
 #pragma once
 
-#include <cstdint>
-
 #include "qmi_cci.h"
 #include "qmi_nas.h"
 #include "service_client.h"
