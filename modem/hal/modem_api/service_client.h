@@ -93,7 +93,7 @@ DECLARE_SERVICE_CLIENT(sar)
 DECLARE_SERVICE_CLIENT(nas_0)
 DECLARE_SERVICE_CLIENT(nas_1)
 
-/* True on a thread that is in a handler, of statuses or indications, of the client of that kind. */
+/* True on a thread that runs a handler, of statuses or indications, of a client of that kind. */
 bool service_client_handler_runs_here(uint32_t kind);
 
 /* One exchange, 30000 ms at most. Returns the framework's result; -18 while there is no connection.

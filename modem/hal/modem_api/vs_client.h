@@ -65,6 +65,6 @@ struct vs_event_0601 {
 static_assert(sizeof(vs_event_0601) == 1);
 
 /* Hands a decoded indication of size bytes to the handler; false for an unknown message id. Fields
- * that lie behind size count as zero; counts and lengths above their arrays are cut. */
+ * beyond size count as zero; counts and lengths are cut to their arrays. */
 bool vs_client_dispatch_indication(client_indication_handler handler, uint32_t msg_id,
                                    const void* decoded, uint32_t size);

@@ -21,7 +21,7 @@ namespace {
 constexpr int32_t word_bits = 64;
 constexpr int32_t span_bits = 128;
 
-/* Prints a line; false, for a check that fails. */
+/* Prints a line. Returns false, for a check that fails. */
 [[gnu::format(printf, 1, 2), gnu::cold]] bool unpk_line(const char* format, ...) {
     va_list args;
     va_start(args, format);
@@ -75,7 +75,8 @@ bool UNPK_I(const char* name, const char* suffix, size_t size, uint64_t& value) 
     if (off >= UNPK_READ_MAX)
         return unpk_line("(base + cnt)(%d) is can not >= %d for %s%s, id(0x%x)", off, UNPK_READ_MAX,
                          name, suffix, g_pk_data_id);
-    std::memcpy(&value, g_pk_data_ptr + off, sizeof value); /* the memory goes on so far */
+    /* Eight bytes are always there, see UNPK_MEMORY_SIZE. */
+    std::memcpy(&value, g_pk_data_ptr + off, sizeof value);
     value &= mask_max(size);
     g_pk_data_cnt += static_cast<uint32_t>(size);
     if (traces())
@@ -144,8 +145,8 @@ bool UNPK_HIGH(const char* name, const unpk_span& span, size_t size, uint64_t& v
         return false;
     value = span.tmp1;
     if (span.low != 1) {
-        /* Shift counts are taken modulo 64, which for low 65 gives tmp1 | tmp2. That is kept: no
-         * field begins there. */
+        /* Published: shift counts are taken modulo 64, so low 65 gives tmp1 | tmp2. No field begins
+         * there. */
         const int32_t down = (span.low - 1) % word_bits;
         const int32_t up = (word_bits + 1 - span.low) % word_bits;
         value = (span.tmp1 >> down) | ((span.tmp2 & (~UINT64_C(0) >> up)) << up);
