@@ -9,6 +9,8 @@
 
 #include <fnmatch.h>
 
+#include "phone_files.h"
+
 #include "phone/complaint.h"
 #include "phone/guarded.h"
 #include "phone/phone.h"
@@ -20,53 +22,15 @@ namespace {
 
 constexpr const char* file = "faults";
 
-struct Action {
-    const char* name;
-    Fault::Kind kind;
-    enum Takes { nothing, result, milliseconds, answer } takes;
-};
+using phone_files::Action;
+using phone_files::calls;
+using phone_files::Takes;
 
-constexpr Action actions[] = {
-    {"error", Fault::Kind::error, Action::result},
-    {"timeout", Fault::Kind::timeout, Action::nothing},
-    {"gone", Fault::Kind::gone, Action::nothing},
-    {"late", Fault::Kind::late, Action::milliseconds},
-    {"empty", Fault::Kind::empty, Action::nothing},
-    {"short", Fault::Kind::cut, Action::nothing},
-    {"long", Fault::Kind::lengthy, Action::nothing},
-    {"garbage", Fault::Kind::garbage, Action::nothing},
-    {"restart", Fault::Kind::restart, Action::nothing},
-    {"reply", Fault::Kind::reply, Action::answer},
-};
-
-/* Every call that a rule can name. */
-constexpr const char* calls[] = {
-    "qmi_client_notifier_init",
-    "qmi_client_get_service_list",
-    "qmi_client_init",
-    "qmi_client_init_instance",
-    "qmi_client_send_msg_sync",
-    "qmi_client_message_decode",
-    "qmi_client_register_error_cb",
-    "qmi_client_register_notify_cb",
-    "qmi_client_release",
-    "qmi_cci_os_signal_wait",
-    "Diag_LSM_Init",
-    "Diag_LSM_DeInit",
-    "diag_switch_logging",
-    "diag_register_callback",
-    "diag_register_remote_callback",
-    "diag_has_remote_device",
-    "diag_callback_send_data",
-    "diag_register_dci_client",
-    "diag_register_dci_signal_data",
-    "diag_get_dci_support_list_proc",
-    "diag_register_dci_stream_proc",
-    "diag_send_dci_async_req",
-    "diag_release_dci_client",
-    "property_get",
-    "property_set",
-};
+/* What an action of the table does. */
+Fault::Kind kind_of(const Action& action) {
+    return static_cast<Fault::Kind>(&action - phone_files::actions);
+}
+static_assert(std::size(phone_files::actions) == static_cast<size_t>(Fault::Kind::reply) + 1);
 
 struct Rule {
     int line;
@@ -93,14 +57,15 @@ bool can_match(const std::string& pattern) {
 }
 
 const Action* find_action(const std::string& name) {
-    const auto* const found = std::find_if(std::begin(actions), std::end(actions),
-                                           [&](const Action& row) { return name == row.name; });
-    return found == std::end(actions) ? nullptr : found;
+    const auto* const found =
+        std::find_if(std::begin(phone_files::actions), std::end(phone_files::actions),
+                     [&](const Action& row) { return name == row.name; });
+    return found == std::end(phone_files::actions) ? nullptr : found;
 }
 
 std::string action_names() {
     std::string text;
-    for (const Action& action : actions)
+    for (const Action& action : phone_files::actions)
         text += std::string(text.empty() ? "" : " ") + action.name;
     return text;
 }
@@ -110,21 +75,21 @@ void read_argument(const Action& action, Fault& fault) {
     const std::string& text = fault.argument;
     const Word word{text, fault.line};
     switch (action.takes) {
-    case Action::nothing:
+    case Takes::nothing:
         if (!text.empty())
             complain(file, fault.line, std::string(action.name) + " takes no argument");
         return;
-    case Action::result:
+    case Takes::result:
         if (!text.empty() && whole_number(text))
             fault.number = number_within(file, word, {INT32_MIN, INT32_MAX}, 0);
         else if (!text.empty())
             complain(file, fault.line,
                      "'" + text + "' is no result: error takes a number, or nothing");
         return;
-    case Action::milliseconds:
+    case Takes::milliseconds:
         fault.number = number_within(file, word, {0, 60 * 60 * 1000}, 0);
         return;
-    case Action::answer:
+    case Takes::answer:
         return;
     }
 }
@@ -154,7 +119,7 @@ std::optional<Rule> read_rule(const std::string& text, int line) {
     if (!can_match(pattern))
         complain(file, line,
                  "no call is named '" + pattern + "'; the log's lines \"call\" show their names");
-    Rule rule{line, text, pattern, nth, {action->kind, argument, std::nullopt, line}};
+    Rule rule{line, text, pattern, nth, {kind_of(*action), argument, std::nullopt, line}};
     read_argument(*action, rule.fault);
     return rule;
 }
