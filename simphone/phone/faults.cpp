@@ -13,6 +13,7 @@
 
 #include "phone/complaint.h"
 #include "phone/guarded.h"
+#include "phone/lock.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
 
@@ -21,6 +22,7 @@ namespace simphone {
 namespace {
 
 constexpr const char* file = "faults";
+constexpr const char* counts_file = "faults.counts";
 
 using phone_files::Action;
 using phone_files::calls;
@@ -36,7 +38,8 @@ struct Rule {
     int line;
     std::string text;
     std::string pattern;
-    int64_t nth; /* the call that it is for; 0: each */
+    int64_t nth;   /* the call that it is for; 0: each */
+    int64_t every; /* each so many of all processes' calls; 0: nth counts */
     Fault fault;
 };
 
@@ -105,10 +108,12 @@ std::optional<Rule> read_rule(const std::string& text, int line) {
     }
     std::getline(words >> std::ws, argument);
     argument.erase(argument.find_last_not_of(" \t\r") + 1);
-    const int64_t nth = when == "*" ? 0 : whole_number(when).value_or(-1);
-    if (nth < 0 || (nth == 0 && when != "*")) {
+    const bool share = when.rfind("*/", 0) == 0;
+    const int64_t number =
+        when == "*" ? 0 : whole_number(share ? when.substr(2) : when).value_or(-1);
+    if (number < 0 || (number == 0 && when != "*")) {
         complain(file, line,
-                 "'" + when + "' is no call's number: * for each, or the number, from 1");
+                 "'" + when + "' is no call's number: * for each, the number, from 1, or */N");
         return std::nullopt;
     }
     const Action* const action = find_action(name);
@@ -119,7 +124,12 @@ std::optional<Rule> read_rule(const std::string& text, int line) {
     if (!can_match(pattern))
         complain(file, line,
                  "no call is named '" + pattern + "'; the log's lines \"call\" show their names");
-    Rule rule{line, text, pattern, nth, {kind_of(*action), argument, std::nullopt, line}};
+    Rule rule{line,
+              text,
+              pattern,
+              share ? 0 : number,
+              share ? number : 0,
+              {kind_of(*action), argument, std::nullopt, line}};
     read_argument(*action, rule.fault);
     return rule;
 }
@@ -135,6 +145,33 @@ std::vector<Rule> read_rules() {
         if (std::optional<Rule> rule = read_rule(line, ++number))
             rules.push_back(std::move(*rule));
     return rules;
+}
+
+/* Counts a call that a rule matches, over all processes: the file holds a line for each such rule,
+ * the number and the rule. */
+int64_t count_for_all(const std::string& rule) {
+    const Lock lock;
+    std::string kept;
+    int64_t count = 1;
+    const Bytes bytes = read_file(counts_file).value_or(Bytes());
+    std::istringstream lines(std::string(bytes.begin(), bytes.end()));
+    for (std::string line; std::getline(lines, line);) {
+        const size_t blank = line.find(' ');
+        if (blank != std::string::npos && line.substr(blank + 1) == rule)
+            count += whole_number(line.substr(0, blank)).value_or(0);
+        else
+            kept += line + "\n";
+    }
+    if (lock.held())
+        note_text(counts_file, kept + std::to_string(count) + " " + rule);
+    return count;
+}
+
+/* Whether a rule that matches its nth call in this process applies to it. */
+bool is_due(const Rule& rule, int64_t nth) {
+    if (rule.every > 0)
+        return count_for_all(rule.text) % rule.every == 0;
+    return rule.nth == 0 || rule.nth == nth;
 }
 
 /* What became of each rule in this process, by its line and text. */
@@ -185,7 +222,7 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
             if (!matches(rule.pattern, call, name))
                 continue;
             const int64_t nth = ++use.matched;
-            if (found || (rule.nth != 0 && rule.nth != nth))
+            if (found || !is_due(rule, nth))
                 continue;
             ++use.applied;
             found = rule.fault;
