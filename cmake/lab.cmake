@@ -1,3 +1,6 @@
+# What runs on the phone is built for every platform.
+add_subdirectory(lab/phone)
+
 # The lab is built where its packages are; the tool needs none of them.
 foreach(PACKAGE CLI11 nlohmann_json tomlplusplus)
   find_package(${PACKAGE} QUIET)

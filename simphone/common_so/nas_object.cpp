@@ -107,11 +107,11 @@ const qmi_idl_type_table_object type_table = {
 const struct qmi_idl_service_object nas_qmi_idl_service_object_v01 = {
     QMI_IDL_LIBRARY_VERSION,
     1,
-    3,
+    QMI_NAS_SERVICE,
     512,
     {std::size(requests), std::size(responses), std::size(indications)},
     {requests, responses, indications},
     &type_table,
-    378,
+    QMI_NAS_IDL_MINOR,
     nullptr,
 };

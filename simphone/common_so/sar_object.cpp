@@ -68,6 +68,6 @@ const struct qmi_idl_service_object sar_qmi_idl_service_object_v01 = {
     {std::size(requests), std::size(responses), 0},
     {requests, responses, nullptr},
     &type_table,
-    14,
+    QMI_SAR_IDL_MINOR,
     nullptr,
 };

@@ -239,6 +239,6 @@ const struct qmi_idl_service_object uim_qmi_idl_service_object_v01 = {
     {std::size(requests), std::size(responses), 0},
     {requests, responses, nullptr},
     &type_table,
-    102,
+    QMI_UIM_IDL_MINOR,
     nullptr,
 };

@@ -182,6 +182,6 @@ const struct qmi_idl_service_object vs_qmi_idl_service_object_v01 = {
     {std::size(requests), std::size(responses), std::size(indications)},
     {requests, responses, indications},
     &type_table,
-    2,
+    QMI_VS_IDL_MINOR,
     nullptr,
 };

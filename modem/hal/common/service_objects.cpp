@@ -1,7 +1,5 @@
 #include "service_objects.h"
 
-#include "qmi_common.h"
-
 namespace {
 
 bool fits(int32_t major, int32_t minor, int32_t library, int32_t wanted_minor) {
