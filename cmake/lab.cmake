@@ -2,12 +2,16 @@
 add_subdirectory(lab/phone)
 
 # The lab is built where its packages are; the tool needs none of them.
-foreach(PACKAGE CLI11 nlohmann_json tomlplusplus)
+foreach(PACKAGE CLI11 nlohmann_json tomlplusplus pugixml)
   find_package(${PACKAGE} QUIET)
   if(NOT ${PACKAGE}_FOUND)
     list(APPEND LAB_MISSING ${PACKAGE})
   endif()
 endforeach()
+find_library(RE2_LIBRARY re2)
+if(NOT RE2_LIBRARY)
+  list(APPEND LAB_MISSING re2)
+endif()
 if(LAB_MISSING)
   list(JOIN LAB_MISSING ", " LAB_MISSING)
   message(STATUS "The lab (kvt-lab) is left out: ${LAB_MISSING} not found")

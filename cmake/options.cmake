@@ -5,6 +5,8 @@ add_compile_options(
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-Wno-restrict) # false alarms about std::string in GCC 12
 endif()
+# No path of the machine in what is built, so that it is the same wherever it is built.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(KVT_WERROR)
   add_compile_options(-Werror)
 endif()

@@ -6,7 +6,7 @@
 
 #include "debug_info.h"
 #include "fuzz_phone.h"
-#include "qmi_modem_stats_test.h"
+#include "stats_query.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static FuzzPhone& phone = *new FuzzPhone;

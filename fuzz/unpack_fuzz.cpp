@@ -134,41 +134,40 @@ std::optional<serving_cell> record(const uint8_t* bytes, int32_t limit, int32_t 
 
 /* ==== comparisons ==== */
 
-template <typename T, bool traces> void compare_field(Input& input, const uint8_t* bytes) {
-    unpk_cursor<traces> cursor;
+void compare_field(Input& input, const uint8_t* bytes, size_t size) {
     const int32_t bit = input.number(-40, 2100);
     const int32_t width = input.number(-1, 66);
-    const auto expected =
-        field(bytes, g_pk_data_len_max, cursor.base_bit, bit, width, 8 * sizeof(T));
-    T value{};
-    const bool read = cursor.UNPK_AT("field", bit, width, value);
+    const auto expected = field(bytes, g_pk_data_len_max, g_pk_data_base_bit, bit, width,
+                                8 * static_cast<int64_t>(size));
+    uint64_t value = 0;
+    const bool read = UNPK_AT("field", bit, width, size, value);
     check(read == expected.has_value(), "field: taken or not");
     check(!read || value == *expected, "field: value");
 }
 
 /* Any part of a span, chosen by number. */
-template <typename T> void compare_span(Input& input) {
-    unpk_cursor<false> cursor;
-    cursor.tmp1 = input.take<uint64_t>();
-    cursor.tmp2 = input.take<uint64_t>();
-    cursor.low = input.number(-2, 131);
-    cursor.high = input.number(-2, 131);
-    uint8_t span[16];
-    std::memcpy(span, &cursor.tmp1, 8);
-    std::memcpy(span + 8, &cursor.tmp2, 8);
-    const int64_t low = cursor.low, high = cursor.high;
+void compare_span(Input& input, size_t size) {
+    unpk_span span{};
+    span.tmp1 = input.take<uint64_t>();
+    span.tmp2 = input.take<uint64_t>();
+    span.low = input.number(-2, 131);
+    span.high = input.number(-2, 131);
+    uint8_t bytes[16];
+    std::memcpy(bytes, &span.tmp1, 8);
+    std::memcpy(bytes + 8, &span.tmp2, 8);
+    const int64_t low = span.low, high = span.high;
     const bool expected = low >= 1 && low <= high && high <= (low == 1 ? 64 : 128) && low <= 65 &&
-                          high - low < static_cast<int64_t>(8 * sizeof(T));
-    T value{};
-    const bool read = cursor.UNPK_MID("span", value);
+                          high - low < 8 * static_cast<int64_t>(size);
+    uint64_t value = 0;
+    const bool read = UNPK_MID("span", span, size, value);
     check(read == expected, "span: taken or not");
     if (read && low == 65) {
-        uint64_t both = cursor.tmp1 | cursor.tmp2;
+        uint64_t both = span.tmp1 | span.tmp2;
         uint8_t both_bytes[8];
         std::memcpy(both_bytes, &both, 8);
         check(value == bits(both_bytes, 0, high - low + 1), "span: value from 65 on");
     } else if (read) {
-        check(value == bits(span, low - 1, high - low + 1), "span: value");
+        check(value == bits(bytes, low - 1, high - low + 1), "span: value");
     }
 }
 
@@ -225,7 +224,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     MODEM_STATS_DATA_UNPK_START(bytes, settings);
     g_pk_data_len_max = limit;
     if (base_bit != 0)
-        unpk_cursor<false>().BASE_WITH_BIT(base_bit);
+        BASE_WITH_BIT(base_bit);
 
     switch (choice % 4) {
     case 0:
@@ -235,18 +234,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         compare_parsed(bytes, base_bit);
         break;
     case 2:
-        for (int i = 0; i < 4; ++i) {
-            compare_field<uint8_t, false>(input, bytes);
-            compare_field<uint16_t, true>(input, bytes);
-            compare_field<uint32_t, false>(input, bytes);
-            compare_field<uint64_t, false>(input, bytes);
-        }
+        for (int i = 0; i < 4; ++i)
+            for (const size_t field_size : {1, 2, 4, 8})
+                compare_field(input, bytes, field_size);
         break;
     default:
-        compare_span<uint8_t>(input);
-        compare_span<uint16_t>(input);
-        compare_span<uint32_t>(input);
-        compare_span<uint64_t>(input);
+        for (const size_t field_size : {1, 2, 4, 8})
+            compare_span(input, field_size);
     }
     return 0;
 }

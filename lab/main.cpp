@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "kvt_version.h"
 #include "verbs.h"
 
 namespace {
@@ -36,6 +37,12 @@ void takes_command(CLI::App& app, std::vector<std::string>& command) {
     });
 }
 
+/* The words of a command of kvt; our own options may stand behind them too. */
+void takes_words(CLI::App& app, std::vector<std::string>& words, const char* meaning) {
+    app.add_option("COMMAND", words, meaning);
+    app.callback([&] { words.insert(words.end(), g_behind_mark.begin(), g_behind_mark.end()); });
+}
+
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     RunOptions& options = kept<RunOptions>();
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended");
@@ -43,7 +50,27 @@ void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen)
     chosen = [&] { return run(common, options); };
 }
 
+void read_describe(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DescribeOptions& options = kept<DescribeOptions>();
+    takes_words(app, options.words, "group, and sub-command: all of them when left out");
+    chosen = [&] { return describe(common, options); };
+}
+
+void read_check(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    CheckOptions& options = kept<CheckOptions>();
+    app.add_flag("--json", options.json, "one JSON object instead of a line");
+    app.add_flag("--verify", options.verify, "read back where the catalogue says how");
+    app.add_flag("--yes", options.yes, "run it although something can be lost");
+    app.add_flag("--output", options.output, "kvt's own output, to standard error");
+    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
+        ->check(CLI::PositiveNumber);
+    takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
+    chosen = [&] { return check(common, options); };
+}
+
 constexpr Verb verbs[] = {
+    {"describe", "what kvt's commands do, take, tell and cost", read_describe},
+    {"check", "run a command and tell whether it worked", read_check},
     {"run", "run kvt as it is", read_run},
 };
 
@@ -52,6 +79,7 @@ constexpr Verb verbs[] = {
 int main(int argc, char** argv) {
     CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");
     app.failure_message(CLI::FailureMessage::help);
     Common common;
     app.add_option("--kvt", common.kvt,

@@ -1,5 +1,6 @@
 #include "process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -16,6 +17,9 @@ namespace lab {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr size_t output_max = size_t{64} << 20;
+constexpr std::chrono::milliseconds stop_grace{2000};
 
 /* What runs between fork and exec: only calls that are safe there. `report` closes on exec, or gets
  * errno when exec fails. */
@@ -104,10 +108,15 @@ ProcessResult run_process(const ProcessRequest& request) {
     /* Until the end of the output, or, when somebody else holds the pipe, a moment after the
      * program's own end. */
     int status = 0;
-    bool ended = false, open = true, late = false;
+    bool ended = false, open = true, late = false, stopping = false;
+    auto limit = started + request.limit;
     while (!ended || open) {
         const auto now = Clock::now();
-        if (!ended && !late && now - started >= request.limit) {
+        if (request.stop != nullptr && *request.stop != 0 && !stopping) {
+            stopping = true;
+            limit = std::min(limit, now + stop_grace);
+        }
+        if (!ended && !late && now >= limit) {
             ::kill(-pid, SIGKILL);
             late = true;
         }
@@ -117,7 +126,9 @@ ProcessResult run_process(const ProcessRequest& request) {
             char buffer[65536];
             const ssize_t n = ::read(output[0], buffer, sizeof buffer);
             if (n > 0) {
-                result.output.append(buffer, static_cast<size_t>(n));
+                const size_t room = output_max - result.output.size();
+                result.output.append(buffer, std::min(room, static_cast<size_t>(n)));
+                result.cut |= static_cast<size_t>(n) > room;
                 if (request.pass_on)
                     write_all(1, buffer, static_cast<size_t>(n));
             } else if (n == 0 || errno != EINTR) {

@@ -1,6 +1,7 @@
 /* Runs a program and tells how it ended. */
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <string>
 #include <vector>
@@ -15,6 +16,9 @@ struct ProcessRequest {
     std::chrono::milliseconds limit{60000};
     /* Copies what the program writes to our own standard output as it comes. */
     bool pass_on = false;
+    /* Once it is not 0 the program has a moment to end by itself, then it is ended as at its limit.
+     * For signal handlers; null: nothing. */
+    const std::atomic<int>* stop = nullptr;
 };
 
 struct ProcessResult {
@@ -27,6 +31,7 @@ struct ProcessResult {
     How how = not_started;
     int status = 0;
     std::string output; /* standard output, bytes as they came */
+    bool cut = false;   /* there was more than anybody reads; the rest is not kept */
     std::chrono::milliseconds took{0};
 };
 

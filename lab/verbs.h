@@ -19,4 +19,18 @@ struct RunOptions {
 };
 int run(const Common& common, const RunOptions& options);
 
+/* kvt-lab describe [GROUP [SUB]]: the catalogue's rows as a person reads them. */
+struct DescribeOptions {
+    std::vector<std::string> words;
+};
+int describe(const Common& common, const DescribeOptions& options);
+
+/* kvt-lab check ...: the status tells the verdict; 2 when the command was not tried. */
+struct CheckOptions {
+    std::vector<std::string> command;
+    double timeout_s = 0; /* 0: by the catalogue */
+    bool json = false, verify = false, yes = false, output = false;
+};
+int check(const Common& common, const CheckOptions& options);
+
 } // namespace lab

@@ -2,12 +2,14 @@
 # sources, and installs what the build needs. Says so on standard error only.
 #   ROOT      the repository
 #   program   the program, which is also the target's name
-#   packages  which of lib.sh's package lists it needs: tool, lab
+#   packages  which part's packages it needs (lib.sh): tool, lab
 #   folders   where its sources lie
+# shellcheck shell=sh disable=SC2154 # set by the file that sources this one
 built=$ROOT/build/.built-$program
 
 up_to_date() {
     [ -e "$built" ] && [ -x "$ROOT/build/bin/$program" ] || return 1
+    # shellcheck disable=SC2086 # one word a folder
     newer=$(cd "$ROOT" && find $folders CMakeLists.txt -newer "$built" -print -quit) && [ -z "$newer" ]
 }
 
@@ -17,7 +19,7 @@ build() {
     exec 9>"$ROOT/build/.lock"
     flock 9 # one installation and one build at a time; the next finds it done
     if ! up_to_date; then
-        eval "need_packages \$packages_$packages" || return 1
+        need "$packages" || return 1
         [ -e "$built" ] || say "Building $program (once)"
         touch "$built.started" || return 1
         generator=Ninja # unless somebody has configured build/ with another

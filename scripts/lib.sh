@@ -1,17 +1,85 @@
 # Shared by the scripts; sourced with ROOT set to the repository.
-
-# Packages of Debian that a part of the work needs, one name a word.
-packages_tool='g++ cmake ninja-build'
-packages_lab="$packages_tool libcli11-dev nlohmann-json3-dev libtomlplusplus-dev"
-packages_test="$packages_lab libgtest-dev libgmock-dev ccache"
-packages_bench="$packages_tool libbenchmark-dev"
-packages_fuzz="$packages_tool clang libclang-rt-14-dev llvm"
-packages_arm64="$packages_test g++-aarch64-linux-gnu qemu-user"
+# shellcheck shell=sh
 
 say() { printf '%s\n' "$*" >&2; }
 
+# Names of Debian's packages that debian/control asks for at build time, without those that the named
+# build profiles leave out: build_depends PROFILE...
+build_depends() {
+    awk -v profiles=" $* " '
+        /^Build-Depends:/ { inside = 1; next }
+        inside && !/^ / { exit }
+        inside {
+            name = $1
+            sub(/,$/, "", name)
+            if (match($0, /<!.*>/) && index(profiles, " " substr($0, RSTART + 2, RLENGTH - 3) " "))
+                next
+            if (name != "debhelper-compat")
+                print name
+        }' "$ROOT/debian/control"
+}
+
+# Packages that a part of the work needs, one name a line.
+packages_of() {
+    case $1 in
+    tool) printf '%s\n' g++ && build_depends nocheck pkg.kvt.nolab ;;
+    lab) printf '%s\n' g++ && build_depends nocheck ;;
+    test) printf '%s\n' g++ ccache && build_depends ;;
+    bench) packages_of tool && printf '%s\n' libbenchmark-dev ;;
+    fuzz) packages_of lab && printf '%s\n' clang libclang-rt-14-dev llvm ;;
+    arm64) packages_of test && printf '%s\n' g++-aarch64-linux-gnu qemu-user ;;
+    lint) printf '%s\n' clang-format clang-tidy shellcheck ;;
+    package) printf '%s\n' debhelper dpkg-dev fakeroot lintian ;;
+    esac
+}
+
+# Installs what the named parts need and the machine lacks: need PART...
+need() {
+    # shellcheck disable=SC2046 # one word a package
+    need_packages $(for part in "$@"; do packages_of "$part"; done)
+}
+
+# What other systems call Debian's packages: dnf, then pacman. Names from their public lists; the build
+# was not run there.
+other_names='g++ gcc-c++ gcc
+cmake cmake cmake
+ninja-build ninja-build ninja
+ccache ccache ccache
+libcli11-dev cli11-devel cli11
+nlohmann-json3-dev json-devel nlohmann-json
+libtomlplusplus-dev tomlplusplus-devel tomlplusplus
+libpugixml-dev pugixml-devel pugixml
+libpcap-dev libpcap-devel libpcap
+libsimdjson-dev simdjson-devel simdjson
+libgtest-dev gtest-devel gtest
+libgmock-dev gmock-devel gtest
+libbenchmark-dev google-benchmark-devel benchmark'
+
+# The command that installs the named packages on a machine without dpkg.
+elsewhere() {
+    if command -v dnf >/dev/null; then
+        column=2 install='sudo dnf install'
+    elif command -v pacman >/dev/null; then
+        column=3 install='sudo pacman -S --needed'
+    else
+        column=1 install="by this system's own means what Debian calls"
+    fi
+    names=
+    for package in "$@"; do
+        name=$(printf '%s\n' "$other_names" | awk -v p="$package" -v c=$column '$1 == p { print $c }')
+        names="$names ${name:-$package}"
+    done
+    say "This machine has no dpkg, and some of what the build needs is missing. Install:"
+    say "    $install$names"
+}
+
 # Installs those of the named packages that are missing. Prints nothing on standard output.
 need_packages() {
+    if ! command -v dpkg-query >/dev/null; then
+        command -v c++ >/dev/null && command -v cmake >/dev/null && command -v ninja >/dev/null && return 0
+        elsewhere "$@"
+        return 1
+    fi
     missing=
     for package in "$@"; do
         dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -q '^installed$' ||
@@ -23,11 +91,12 @@ need_packages() {
     elif command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
         as_root=sudo
     else
-        say "These packages are missing, and only root can install them:$missing"
+        say "Some packages are missing, and only root can install them:"
+        say "    sudo apt-get install --no-install-recommends$missing"
         return 1
     fi
     say "Installing$missing"
-    log=$(mktemp)
+    log=$(mktemp) || return 1
     if $as_root env DEBIAN_FRONTEND=noninteractive sh -c \
         "apt-get update && apt-get install -y --no-install-recommends$missing" >"$log" 2>&1; then
         rm -f "$log"

@@ -5,8 +5,6 @@
 
 #include <stddef.h>
 
-#include <new>
-
 namespace qtimutex {
 
 class QtiSharedMutex {
@@ -18,34 +16,6 @@ class QtiSharedMutex {
 
   private:
     [[maybe_unused]] alignas(max_align_t) unsigned char storage_[1024];
-};
-
-/* The same two symbols as functions, whose addresses can be asked for: null when the phone has
- * none. */
-__attribute__((weak)) void
-construct_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexC1Ev");
-__attribute__((weak)) void destroy_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexD1Ev");
-
-/* Room for a QtiSharedMutex, made and destroyed where the phone has the class as we know it. */
-class OptionalSharedMutex {
-  public:
-    OptionalSharedMutex()
-        : made_(construct_shared_mutex != nullptr && destroy_shared_mutex != nullptr) {
-        if (made_)
-            new (&mutex_) QtiSharedMutex;
-    }
-    ~OptionalSharedMutex() {
-        if (made_)
-            mutex_.~QtiSharedMutex();
-    }
-    OptionalSharedMutex(const OptionalSharedMutex&) = delete;
-    OptionalSharedMutex& operator=(const OptionalSharedMutex&) = delete;
-
-  private:
-    union {
-        QtiSharedMutex mutex_;
-    };
-    bool made_;
 };
 
 } // namespace qtimutex

@@ -7,7 +7,7 @@
 
 #include "handlers.h"
 #include "help.h"
-#include "modem_stats_handlers.h"
+#include "stats_commands.h"
 #include "phone_test.h"
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include "client_statuses.h"
 #include "client_table.h"
+#include "eventually.h"
 #include "modem/modem.h"
 #include "phone_test.h"
 #include "traced_alloc.h"
@@ -84,6 +85,36 @@ TEST_F(ModemApiTest, ClientLifeIsToldToItsNotifierAndOtherKindsAreIndependent) {
     EXPECT_EQ(logged({"modem_api_free_client: client already freed"}), 1);
 }
 
+/* It would wait for its own end; another thread may free the client meanwhile. */
+TEST_F(ModemApiTest, HandlerCantFreeItsOwnClient) {
+    static std::atomic<int> in_notifier, in_indication;
+    in_notifier = in_indication = -1;
+    static std::thread other;
+    int32_t id = -1;
+    ASSERT_EQ(modem_api_init_client(
+                  CLIENT_KIND_VS,
+                  [](uint32_t, void*, uint32_t) { in_indication = modem_api_free_client(0); },
+                  [](uint32_t event, uint32_t) {
+                      if (event != MODEM_API_EVENT_SUSPEND)
+                          return;
+                      other = std::thread([] { EXPECT_EQ(modem_api_free_client(0), 0); });
+                      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                      in_notifier = modem_api_free_client(0);
+                  },
+                  &id),
+              0);
+    put("ind/vs.0x0601", std::string("\x01\x01\x00\x07", 4));
+    EXPECT_EQ(modem_api_set_ravex_feature_status(id, 2, 1, 1, 1), 0);
+    EXPECT_EQ(in_indication, 7);
+    simphone::restart_modem();
+    ASSERT_TRUE(eventually([] { return in_notifier != -1; })) << "the notifier hangs";
+    EXPECT_EQ(in_notifier, 7);
+    other.join();
+    EXPECT_EQ(logged({"modem_api_free_client: Unexpected condition, return error 7!"}), 2);
+    EXPECT_EQ(logged({"operational_status 5"}), 1);
+    EXPECT_EQ(g_modem_api_clients.slots[0], nullptr);
+}
+
 TEST_F(ModemApiTest, IdsOutOfRangeAndBadArguments) {
     int32_t id = -1;
     uint32_t out[1781] = {};
@@ -124,8 +155,7 @@ TEST_F(ModemApiTest, SecondClientOfAKind) {
         const std::lock_guard guard(g_modem_api_clients.slots_mutex);
         return g_modem_api_clients.slots[0]->operational_status;
     };
-    while (status() != CLIENT_SUSPENDED)
-        std::this_thread::yield();
+    ASSERT_TRUE(eventually([&] { return status() == CLIENT_SUSPENDED; })) << "not suspended";
     EXPECT_EQ(new_client(CLIENT_KIND_NAS_1, &second), 9);
     EXPECT_EQ(logged({"Another client init nas 0 client with operational status 5"}), 1);
 }

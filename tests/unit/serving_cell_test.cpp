@@ -114,13 +114,13 @@ TEST_F(ServingCellTest, ARecordMayBeginAnywhere) {
     std::memmove(bytes_.get() + 1900, bytes_.get(), 64);
     EXPECT_NE(printed([&] {
                   MODEM_STATS_DATA_UNPK_START(bytes_.get(), 0);
-                  unpk_cursor<false>().BASE_WITH_BIT(1900 * 8);
+                  BASE_WITH_BIT(1900 * 8);
                   modem_stats_parse_xxxx_diag_xxxx(0, nullptr, nullptr);
               }).find("mcc = 460"),
               std::string::npos);
     /* The cursor now points at the record handed on; what lies around that may be read as well. */
     EXPECT_NE(printed([] {
-                  unpk_cursor<false>().BASE_WITH_BIT(60);
+                  BASE_WITH_BIT(60);
                   modem_stats_parse_xxxx_diag_xxxx(0, nullptr, nullptr);
               }).find("VERSION_NOT_SUPPORT"),
               std::string::npos);

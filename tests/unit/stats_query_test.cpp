@@ -1,9 +1,9 @@
-#include "qmi_modem_stats_test.h"
+#include "stats_query.h"
 
 #include <string>
 #include <vector>
 
-#include "modem_stats_handlers.h"
+#include "stats_commands.h"
 #include "phone_test.h"
 
 namespace {

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include "log_lines.h"
-#include "notes.h"
 #include "orvik_diag_send.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_nvefs.h"

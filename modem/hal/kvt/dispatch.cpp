@@ -1,24 +1,12 @@
 #include "dispatch.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "help.h"
-#include "log_lines.h"
-#include "notes.h"
 
-void dispatch_command(int group, std::span<const command_row> commands, bool notes_gated, int argc,
+void dispatch_command(kvt_group group, std::span<const command_row> commands, int argc,
                       char** argv) {
-    const auto notes_on = [notes_gated] { return !notes_gated || orvik_stdout_print_on(); };
-    if (argc <= 2) {
-        if (notes_on())
-            std::puts(NOTE_TOO_FEW_PARAMETERS);
-        show_help(group);
-        return;
-    }
-    if (std::atoi(argv[1]) != group) {
-        if (notes_on())
-            std::printf(NOTE_FIRST_PARAMETER, group);
+    if (!usage_good(group, argc, argv, 3)) {
         show_help(group);
         return;
     }
@@ -26,15 +14,9 @@ void dispatch_command(int group, std::span<const command_row> commands, bool not
     for (const command_row& command : commands) {
         if (command.sub != sub)
             continue;
-        const int result = command.function(argc, argv);
-        if (result != 0) {
-            if (notes_on())
-                std::printf(NOTE_ERROR_CODE, result);
-            show_help(group);
-        }
+        if (const int result = command.function(argc, argv))
+            usage_error(group, NOTE_ERROR_CODE, result);
         return;
     }
-    if (notes_on())
-        std::puts(NOTE_SECOND_PARAMETER);
-    show_help(group);
+    usage_error(group, NOTE_SECOND_PARAMETER);
 }

@@ -5,29 +5,30 @@
 
 #include "handlers.h"
 #include "help.h"
-#include "modem_stats_handlers.h"
+#include "stats_commands.h"
+#include "usage.h"
 
 namespace {
 
 int not_supported(int, char**) { return std::puts("Not support"); }
 
 struct group_row {
-    int group;
+    kvt_group group;
     int (*handler)(int argc, char** argv);
 };
 
 constexpr group_row groups[] = {
-    {1, not_supported},
-    {2, not_supported},
-    {3, orvik_test_rf_do},
-    {4, orvik_test_nvefs_do},
-    {5, orvik_test_cmn_do},
-    {6, orvik_test_qmi_send_data_do},
-    {7, orvik_test_modem_stats_do},
-    {8, orvik_test_at_cmd_do},
-    {9, orvik_test_qmi_modem_stats_do},
-    {10, orvik_test_mbn_do},
-    {11, orvik_smart_test_do},
+    {GROUP_NV, not_supported},
+    {GROUP_IMEI, not_supported},
+    {GROUP_RF, orvik_test_rf_do},
+    {GROUP_NVEFS, orvik_test_nvefs_do},
+    {GROUP_CMN, orvik_test_cmn_do},
+    {GROUP_QMI_SEND_DATA, orvik_test_qmi_send_data_do},
+    {GROUP_MODEM_STATS, orvik_test_modem_stats_do},
+    {GROUP_AT_CMD, orvik_test_at_cmd_do},
+    {GROUP_QMI_MODEM_STATS, orvik_test_qmi_modem_stats_do},
+    {GROUP_MBN, orvik_test_mbn_do},
+    {GROUP_SMART, orvik_smart_test_do},
 };
 
 void run(int argc, char** argv) {

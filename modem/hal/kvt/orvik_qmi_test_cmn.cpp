@@ -1,3 +1,5 @@
+/* Groups 5 and 6. Log lines show this source's name, so commands that log stay here together, however
+ * long it grows. */
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -15,18 +17,17 @@
 #include "handlers.h"
 #include "help.h"
 #include "log_lines.h"
-#include "notes.h"
 #include "orvik_diag_send.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
+#include "usage.h"
 
 /* ==== group 6: raw vendor QMI send ==== */
 
 namespace {
 
-constexpr int raw_group = 6;
 constexpr unsigned raw_kinds = 6;
 constexpr int raw_first_data = 3;
 constexpr size_t raw_max = 500;
@@ -34,23 +35,13 @@ constexpr size_t raw_max = 500;
 } // namespace
 
 int orvik_test_qmi_send_data_do(int argc, char** argv) {
-    if (argc <= raw_first_data) {
-        if (orvik_stdout_print_on())
-            std::puts(NOTE_TOO_FEW_PARAMETERS);
-        show_help(raw_group);
-        return 0;
-    }
-    if (std::atoi(argv[1]) != raw_group) {
-        if (orvik_stdout_print_on())
-            std::printf(NOTE_FIRST_PARAMETER, raw_group);
-        show_help(raw_group);
+    if (!usage_good(GROUP_QMI_SEND_DATA, argc, argv, raw_first_data + 1)) {
+        show_help(GROUP_QMI_SEND_DATA);
         return 0;
     }
     const auto qmi_id = static_cast<unsigned>(std::atoi(argv[2]));
     if (qmi_id >= raw_kinds) {
-        if (orvik_stdout_print_on())
-            std::printf(NOTE_QMI_ID, 0, static_cast<int>(raw_kinds));
-        show_help(raw_group);
+        usage_error(GROUP_QMI_SEND_DATA, NOTE_QMI_ID, 0, static_cast<int>(raw_kinds));
         return 0;
     }
 
@@ -75,7 +66,7 @@ int orvik_test_qmi_send_data_do(int argc, char** argv) {
     if (result != 0) {
         if (orvik_stdout_print_on())
             std::puts("orvik_extend_qmi_send_sync fail");
-        show_help(raw_group);
+        show_help(GROUP_QMI_SEND_DATA);
         return 0;
     }
     if (orvik_stdout_print_on()) {
@@ -176,7 +167,7 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
             std::puts(text);
     };
     if (argc <= diag_first_byte) {
-        print_line(NOTE_TOO_FEW_INPUTS);
+        usage_note(GROUP_CMN, NOTE_TOO_FEW_INPUTS);
         return 0;
     }
     const bool dci = std::atoi(argv[3]) != 0;
@@ -260,8 +251,7 @@ void say(const char* line) {
 template <typename Kept> int send_numbers(int type, int count, int argc, char** argv, Kept kept) {
     const bool print = orvik_stdout_print_on();
     if (argc != count + cmn_first_value) {
-        if (print)
-            std::printf(NOTE_NEED_INPUTS, count + cmn_first_value);
+        usage_note(GROUP_CMN, NOTE_NEED_INPUTS, count + cmn_first_value);
         return ORVIK_USAGE_ERROR;
     }
     if (print)
@@ -321,8 +311,7 @@ int orvik_cmn_card_hotswap_test(int argc, char** argv) {
     const bool print = orvik_stdout_print_on();
     say("orvik_cmn_card_hotswap_test");
     if (argc <= cmn_first_value) {
-        if (print)
-            std::printf(NOTE_NEED_INPUTS_AT_LEAST, cmn_first_value + 1);
+        usage_note(GROUP_CMN, NOTE_NEED_INPUTS_AT_LEAST, cmn_first_value + 1);
         return ORVIK_USAGE_ERROR;
     }
     const int opt = std::atoi(argv[cmn_first_value]);
@@ -586,6 +575,6 @@ constexpr command_row cmn_commands[] = {
 } // namespace
 
 int orvik_test_cmn_do(int argc, char** argv) {
-    dispatch_command(5, cmn_commands, true, argc, argv);
+    dispatch_command(GROUP_CMN, cmn_commands, argc, argv);
     return 0;
 }

@@ -10,14 +10,12 @@
 #include "handlers.h"
 #include "help.h"
 #include "log_lines.h"
-#include "notes.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_nvefs.h"
 #include "phone_names.h"
+#include "usage.h"
 
 namespace {
-
-constexpr int smart_group = 11;
 
 /* The size that the tool gives every property buffer; a value itself is shorter. */
 constexpr size_t property_size = 256;
@@ -182,31 +180,21 @@ constexpr smart_row commands[] = {
 } // namespace
 
 int orvik_smart_test_do(int argc, char** argv) {
-    if (argc <= 2) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
-        return show_help(smart_group);
-    }
-    if (std::atoi(argv[1]) != smart_group) {
-        std::printf(NOTE_FIRST_PARAMETER, smart_group);
-        return show_help(smart_group);
-    }
+    if (!usage_good(GROUP_SMART, argc, argv, 3))
+        return show_help(GROUP_SMART);
     const int sub = std::atoi(argv[2]);
     if (sub < 0 || sub >= static_cast<int>(std::size(commands))) {
         std::printf("invalid par_i = %d\n", sub);
-        return show_help(smart_group);
+        return show_help(GROUP_SMART);
     }
     const smart_row& command = commands[sub];
     int opt = 0;
     if (command.takes_opt) {
-        if (argc < 4) {
-            std::puts(NOTE_TOO_FEW_PARAMETERS);
-            return show_help(smart_group);
-        }
+        if (argc < 4)
+            return usage_error(GROUP_SMART, NOTE_TOO_FEW_PARAMETERS);
         opt = std::atoi(argv[3]);
-        if (opt != 0 && opt != 1) {
-            std::printf(NOTE_OPT_INVALID, opt);
-            return show_help(smart_group);
-        }
+        if (opt != 0 && opt != 1)
+            return usage_error(GROUP_SMART, NOTE_OPT_INVALID, opt);
     }
     return command.function(opt);
 }

@@ -10,12 +10,11 @@
 
 #include "handlers.h"
 #include "help.h"
-#include "notes.h"
 #include "phone_names.h"
+#include "usage.h"
 
 namespace {
 
-constexpr int at_group = 8;
 constexpr size_t at_cmd_max = 100;
 
 /* 1 or more while the channel is open for reading. Nothing in the tool opens it: the descriptor and
@@ -72,15 +71,15 @@ int orvik_test_at_cmd_send(const char* cmd) {
 /* False when the help is to be shown. */
 bool at_cmd_exchange(int argc, char** argv) {
     if (argc != 3) {
-        std::puts(NOTE_NUMBER_OF_INPUTS);
+        usage_note(GROUP_AT_CMD, NOTE_NUMBER_OF_INPUTS);
         return false;
     }
-    if (std::atoi(argv[1]) != at_group) {
-        std::printf(NOTE_FIRST_PARAMETER, at_group);
+    if (std::atoi(argv[1]) != GROUP_AT_CMD) {
+        usage_note(GROUP_AT_CMD, NOTE_FIRST_PARAMETER, GROUP_AT_CMD);
         return false;
     }
     if (std::strlen(argv[2]) > at_cmd_max) {
-        std::printf(NOTE_LENGTH, static_cast<int>(at_cmd_max));
+        usage_note(GROUP_AT_CMD, NOTE_LENGTH, static_cast<int>(at_cmd_max));
         return false;
     }
     std::array<char, 105> word{};
@@ -113,6 +112,6 @@ int orvik_test_at_cmd_do(int argc, char** argv) {
     }
     g_at_receive_done = 0;
     if (!good)
-        show_help(at_group);
+        show_help(GROUP_AT_CMD);
     return 0;
 }

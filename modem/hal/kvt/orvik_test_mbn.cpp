@@ -6,17 +6,16 @@
 #include "handlers.h"
 #include "help.h"
 #include "log_lines.h"
-#include "notes.h"
-#include "qti_shared_mutex.h"
+#include "optional_mutex.h"
+#include "usage.h"
 
 namespace {
 
-constexpr int mbn_group = 10;
 constexpr int g_pdc_init_status = -1; /* not initialised */
 
 /* What threads are to share of PDC and MBN; nothing locks it yet. */
 struct orvik_pdc_mbn_info_type {
-    qtimutex::OptionalSharedMutex mutex;
+    OptionalSharedMutex mutex;
 };
 orvik_pdc_mbn_info_type ovrik_pdc_mbn_info;
 
@@ -31,15 +30,11 @@ uint32_t orvik_test_mbn_pdc_init(unsigned char force_init) {
 } // namespace
 
 int orvik_test_mbn_do(int argc, char** argv) {
-    if (argc <= 3) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
-    } else if (std::atoi(argv[1]) != mbn_group) {
-        std::printf(NOTE_FIRST_PARAMETER, mbn_group);
-    } else if (const int sub_mask = std::atoi(argv[3]); sub_mask < 1 || sub_mask > 3) {
-        std::printf(NOTE_SUB_MASK, sub_mask);
-    } else {
-        orvik_test_mbn_pdc_init(0);
-        ORVIK_ERR("pdc init failed, do nothing");
-    }
-    return show_help(mbn_group);
+    if (!usage_good(GROUP_MBN, argc, argv, 4))
+        return show_help(GROUP_MBN);
+    if (const int sub_mask = std::atoi(argv[3]); sub_mask < 1 || sub_mask > 3)
+        return usage_error(GROUP_MBN, NOTE_SUB_MASK, sub_mask);
+    orvik_test_mbn_pdc_init(0);
+    ORVIK_ERR("pdc init failed, do nothing");
+    return show_help(GROUP_MBN);
 }

@@ -6,7 +6,7 @@
 
 #include "dispatch.h"
 #include "handlers.h"
-#include "notes.h"
+#include "orvik_extend_cmn.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
 
@@ -34,7 +34,7 @@ int checked(int result) { return result == 0 ? 0 : failed(result); }
 bool argc_fits(int argc) {
     if (argc == fixed_argc)
         return true;
-    std::printf(NOTE_NEED_INPUTS, fixed_argc);
+    usage_note(GROUP_NVEFS, NOTE_NEED_INPUTS, fixed_argc);
     return false;
 }
 
@@ -53,7 +53,7 @@ template <typename Read> int read_and_show(int argc, Read read) {
 /* Stores the data arguments, decimal, and writes with write(buffer, bytes stored). */
 template <typename Write> int store_and_write(int argc, char** argv, Write write) {
     if (argc <= fixed_argc) {
-        std::puts(NOTE_TOO_FEW_INPUTS);
+        usage_note(GROUP_NVEFS, NOTE_TOO_FEW_INPUTS);
         return ORVIK_USAGE_ERROR;
     }
     std::array<uint8_t, write_buffer_size> buffer{};
@@ -109,6 +109,6 @@ constexpr command_row commands[] = {
 } // namespace
 
 int orvik_test_nvefs_do(int argc, char** argv) {
-    dispatch_command(4, commands, false, argc, argv);
+    dispatch_command(GROUP_NVEFS, commands, argc, argv);
     return 0;
 }

@@ -8,15 +8,12 @@
 
 #include "dispatch.h"
 #include "handlers.h"
-#include "notes.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
 
 namespace {
-
-constexpr int rf_group = 3;
 
 /* Records of request kind 4, little-endian as on both processors. */
 constexpr int gpio_max = 50;
@@ -64,7 +61,7 @@ template <typename Record> int send_record(const Record& record) {
 template <typename Action> int on_file(const char* name, int argc, int sub, Action action) {
     std::puts(name);
     if (argc != 3) {
-        std::printf(NOTE_CMD_ERROR, rf_group, sub);
+        usage_note(GROUP_RF, NOTE_CMD_ERROR, GROUP_RF, sub);
         return ORVIK_USAGE_ERROR;
     }
     const int result = action();
@@ -90,7 +87,7 @@ int delete_file(std::string_view path) {
 int orvik_gpio_test_set(int argc, char** argv) {
     std::puts("orvik_gpio_test_set");
     if (argc <= 2) {
-        std::puts(NOTE_TOO_FEW_INPUTS);
+        usage_note(GROUP_RF, NOTE_TOO_FEW_INPUTS);
         return ORVIK_USAGE_ERROR;
     }
     gpio_test_record record{};
@@ -115,7 +112,7 @@ int orvik_gpio_test_closed(int argc) {
 int orvik_rf_tx_test_set(int argc, char** argv) {
     std::printf("orvik_rf_tx_test_set, argc(%d)\n", argc);
     if (argc != 6) {
-        std::printf(NOTE_NEED_INPUTS, 5); /* the published number, although 6 are needed */
+        usage_note(GROUP_RF, NOTE_NEED_INPUTS, 5); /* the published number, although 6 are needed */
         return ORVIK_USAGE_ERROR;
     }
     rf_tx_test_record record{};
@@ -149,6 +146,6 @@ constexpr command_row commands[] = {
 } // namespace
 
 int orvik_test_rf_do(int argc, char** argv) {
-    dispatch_command(rf_group, commands, false, argc, argv);
+    dispatch_command(GROUP_RF, commands, argc, argv);
     return 0;
 }

@@ -184,20 +184,24 @@ int modem_api_init_client(uint32_t kind, client_indication_handler indication_ha
 
 int modem_api_free_client(int32_t client_id) {
     modem_api_client_table& table = g_modem_api_clients;
-    if (client_id < 0 || static_cast<size_t>(client_id) >= table.slots.size()) {
+    const bool in_table = client_id >= 0 && static_cast<size_t>(client_id) < table.slots.size();
+    const auto id = static_cast<size_t>(client_id);
+    modem_api_client found{};
+    const auto find = [&] {
+        const std::lock_guard slots(table.slots_mutex);
+        if (table.slots[id] != nullptr)
+            found = *table.slots[id];
+        return table.slots[id] != nullptr;
+    };
+    /* The handler would wait for its own end, with the table's mutex held. */
+    if (!in_table || (find() && service_client_handler_runs_here(found.kind))) {
         RAVEX_LOG("Unexpected condition, return error %d!", MODEM_API_UNEXPECTED);
         return MODEM_API_UNEXPECTED;
     }
-    const auto id = static_cast<size_t>(client_id);
     const client_table_guard guard;
-    modem_api_client found{};
-    {
-        const std::lock_guard slots(table.slots_mutex);
-        if (table.slots[id] == nullptr) {
-            RAVEX_LOG("client already freed");
-            return MODEM_API_OK;
-        }
-        found = *table.slots[id];
+    if (!find()) {
+        RAVEX_LOG("client already freed");
+        return MODEM_API_OK;
     }
     if (found.kind < CLIENT_KINDS)
         kinds[found.kind].release();

@@ -8,7 +8,8 @@
  * A notifier that is told of a connection may call them too; other handlers run on threads that
  * the framework may need to bring the answer, so an operation there may wait for its whole
  * time-out. modem_api_init, modem_api_release, modem_api_init_client and modem_api_free_client are
- * not for handlers: they may wait for one to return. */
+ * not for handlers: they may wait for one to return. Freeing a client in a handler of its own is
+ * refused. */
 #pragma once
 
 #include <cstddef>
@@ -88,7 +89,8 @@ int modem_api_release();
 int modem_api_init_client(uint32_t kind, client_indication_handler indication_handler,
                           modem_api_status_notifier status_notifier, int32_t* client_id);
 
-/* 0, also for a slot that is empty; 7 for an id outside the table. */
+/* 0, also for a slot that is empty; 7 for an id outside the table and in a handler of the client.
+ */
 int modem_api_free_client(int32_t client_id);
 
 /* The status callback of every service client. */

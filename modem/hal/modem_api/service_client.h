@@ -7,18 +7,18 @@
  *   suspended --service up: 6--> connecting --3--> connected ...
  *
  * A connection that fails ends in idle with status 2 (at init) or 7 (after a resume). Without a
- * worker for it, a suspension ends in idle with status 0, a resume in suspended with status 7.
- * Release ends in idle with status 0 from anywhere.
+ * worker for it, a suspension ends with status 0, a resume with status 7.
  *
  * Threads: the framework's callbacks, the two workers and callers of the functions below may meet
- * at any moment. Each client has one mutex; it is never held during a platform call or a callback.
- * Whoever is inside a callback, worker or call is counted, and release waits until nobody is, so
- * no handle is released under anybody's hands. An event that comes in the middle of a connection or
- * a suspension waits until that is over and is then acted on by the thread that did it: statuses
- * always arrive in the order above.
+ * at any moment. A connection, a suspension, a resumption and a release each have their turn, one
+ * after the other, and their statuses are told in it. What was told to begin comes to its end: a
+ * release after status 4 waits until status 5 was told and the notifier stands, or sees to it
+ * itself; a release that ends a connecting lets it fail first, without another attempt. An event
+ * that comes in somebody's turn is acted on at its end, by the thread that had it. No handle is
+ * released while a request or an indication uses it.
  *
  * PREFIX_init, PREFIX_client_init, PREFIX_client_init_client_handles and PREFIX_client_release are
- * not for the client's own callbacks, whose end they may wait for. */
+ * not for the client's own handlers: they wait for them to return. */
 #pragma once
 
 #include <atomic>
@@ -61,10 +61,10 @@ extern int (*g_client_thread_create)(pthread_t* thread, const pthread_attr_t* at
 
 /* The functions of one client.
  *
- * PREFIX_init: brings the client back to idle without a word, clears its context and fetches the
- * service object, which it returns.
+ * PREFIX_init: releases the client without telling so, clears its context and fetches the service
+ * object, which it returns.
  * PREFIX_client_init: connects and returns 1, or 0 when ten attempts failed; status 1, then 3 or 2.
- * handler may be null: indications are then ignored.
+ * handler may be null: indications are then ignored. A client that is connected connects anew.
  * PREFIX_client_init_client_handles: only the connecting, without statuses. 1 connected, 0 not.
  * PREFIX_client_release: status 0, then everything is released and the context cleared, the service
  * object and the callbacks too. Returns 1. A request under way is waited for.
@@ -92,6 +92,9 @@ DECLARE_SERVICE_CLIENT(vs)
 DECLARE_SERVICE_CLIENT(sar)
 DECLARE_SERVICE_CLIENT(nas_0)
 DECLARE_SERVICE_CLIENT(nas_1)
+
+/* True on a thread that is in a handler, of statuses or indications, of the client of that kind. */
+bool service_client_handler_runs_here(uint32_t kind);
 
 /* One exchange, 30000 ms at most. Returns the framework's result; -18 while there is no connection.
  * req and resp are the message's C structures. */

@@ -1,107 +1,101 @@
-/* Connecting and releasing. */
+/* Connecting, suspending, resuming and releasing: all that a client does in turns. */
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <iterator>
+#include <utility>
 
-#include "service_client_detail.h"
+#include "service_client_core.h"
 
 std::atomic<unsigned> g_client_retry_wait_ms{1000};
+
+int (*g_client_thread_create)(pthread_t*, const pthread_attr_t*, void* (*)(void*),
+                              void*) = pthread_create;
 
 client_function_name::client_function_name(const service_client& c, const char* name) {
     std::snprintf(shown, sizeof shown, "%s_%s", c.traits.prefix, name);
 }
 
-namespace service_client_detail {
-
 namespace {
+
+using lock_type = std::unique_lock<std::mutex>;
 
 constexpr qmi_service_instance any_port = QMI_CLIENT_INSTANCE_ANY;
 constexpr int connection_attempts = 10;
 constexpr uint32_t init_timeout = 4;
-constexpr unsigned send_timeout_ms = 30000;
 
-} // namespace
+/* ==== in a turn ==== */
 
-bool current(service_client& c, uint64_t generation) {
-    const lock_type lock(c.mutex);
-    return c.generation == generation;
-}
-
-void report(service_client& c, uint64_t generation, int32_t status) {
+void report(service_client& c, int32_t status) {
     client_operational_status_cb cb = nullptr;
     {
         const lock_type lock(c.mutex);
-        if (c.generation == generation)
-            cb = c.context.operational_status_callback;
+        cb = c.context.operational_status_callback;
     }
     if (cb != nullptr)
-        cb(static_cast<int32_t>(c.traits.kind), status);
+        run_client_handler(c, [&] { cb(static_cast<int32_t>(c.traits.kind), status); });
 }
 
-void drop_client_handle(service_client& c, lock_type& lock) {
-    const qmi_client_type handle = std::exchange(c.context.client_handle, nullptr);
-    c.context.connected = 0;
+/* Takes the handle out of the context and releases it once nobody uses it. The client handle and
+ * the notifier never stand at once: what is due goes with either. */
+void drop_handle(service_client& c, qmi_client_type service_client_context::*which) {
+    lock_type lock(c.mutex);
+    const qmi_client_type handle = std::exchange(c.context.*which, nullptr);
     if (handle == nullptr)
         return;
-    c.released_handle = handle;
-    c.changed.wait(lock, [&] { return c.handle_users == 0; });
+    c.due = service_client::nothing;
+    c.context.connected = 0;
+    c.changed.wait(lock, [&] { return c.users == 0; });
     lock.unlock();
     qmi_client_release(handle);
-    lock.lock();
 }
 
-static void drop_notifier(service_client& c, lock_type& lock) {
-    const qmi_client_type notifier = std::exchange(c.context.notifier_handle, nullptr);
-    if (notifier == nullptr)
-        return;
-    lock.unlock();
-    qmi_client_release(notifier);
-    lock.lock();
+void drop_handles(service_client& c) {
+    drop_handle(c, &service_client_context::client_handle);
+    drop_handle(c, &service_client_context::notifier_handle);
 }
 
-/* ---- connect ---- */
-
-static bool wait_for_next_attempt(service_client& c, uint64_t generation) {
+bool wait_for_next_attempt(service_client& c) {
     lock_type lock(c.mutex);
     return !c.changed.wait_for(lock, std::chrono::milliseconds(g_client_retry_wait_ms),
-                               [&] { return c.generation != generation; });
+                               [&] { return c.ending > 0; });
 }
 
-/* The phase is connecting: nobody else makes or drops handles, except a release, which waits until
- * this thread has left and then finds them in the context. */
-bool connect(service_client& c, uint64_t generation) {
+/* Up to ten attempts. */
+bool connect(service_client& c) {
     static constexpr const char* name = "client_init_client_handles";
-    qmi_idl_service_object_type service = nullptr;
+    drop_handles(c);
     {
-        lock_type lock(c.mutex);
-        drop_client_handle(c, lock);
-        drop_notifier(c, lock);
-        service = c.context.service_object;
+        const lock_type lock(c.mutex);
+        c.making_handle = true;
     }
     CLIENT_LOG(c, "client_get_master_port", "using port %d", static_cast<int>(any_port));
     qmi_client_type handle = nullptr;
     int error = QMI_INTERNAL_ERR;
     for (int attempt = 0; attempt < connection_attempts; ++attempt) {
-        if (attempt > 0 && !wait_for_next_attempt(c, generation))
+        if (attempt > 0 && !wait_for_next_attempt(c))
             break;
         CLIENT_LOG(c, name, "Trying qmi_client_init_instance() try # %d port[%d]", attempt,
                    static_cast<int>(any_port));
         handle = nullptr;
-        error = qmi_client_init_instance(service, any_port, c.traits.unsol_ind_cb, nullptr,
-                                         &c.context.os_params, init_timeout, &handle);
+        error = qmi_client_init_instance(c.context.service_object, any_port, c.traits.unsol_ind_cb,
+                                         nullptr, &c.context.os_params, init_timeout, &handle);
         if (c.traits.after_attempt != nullptr)
             c.traits.after_attempt(error == QMI_NO_ERR ? handle : nullptr);
         if (error == QMI_NO_ERR)
             break;
     }
-    CLIENT_LOG(c, name, "qmi_client_init_instance returned (%d)", error);
     const bool connected = error == QMI_NO_ERR;
+    {
+        const lock_type lock(c.mutex);
+        c.making_handle = false;
+        if (connected)
+            c.context.client_handle = c.last_client_handle = handle;
+    }
+    CLIENT_LOG(c, name, "qmi_client_init_instance returned (%d)", error);
     if (!connected) {
         CLIENT_LOG(c, name, "qmi_client_init_instance returned failure(%d)", error);
     } else {
-        {
-            const lock_type lock(c.mutex);
-            c.context.client_handle = handle;
-        }
         qmi_client_register_error_cb(handle, c.traits.service_down_event, nullptr);
         {
             const lock_type lock(c.mutex);
@@ -114,124 +108,201 @@ bool connect(service_client& c, uint64_t generation) {
     return connected;
 }
 
-namespace {
-
-/* Claims the client for connecting; false while somebody else connects or suspends it. */
-bool begin_connecting(service_client& c, lock_type& lock) {
-    c.changed.wait(lock, [&] { return !c.taking_down; });
-    if (c.phase != service_client::idle && c.phase != service_client::connected &&
-        c.phase != service_client::suspended)
-        return false;
-    c.phase = service_client::connecting;
-    c.event_pending = false;
-    return true;
+void suspend(service_client& c) {
+    static constexpr const char* name = "client_release_qmi_client_thread";
+    drop_handle(c, &service_client_context::client_handle);
+    report(c, CLIENT_SUSPENDED);
+    qmi_client_type notifier = nullptr;
+    int error = qmi_client_notifier_init(c.context.service_object, &c.context.os_params, &notifier);
+    CLIENT_LOG(c, name, "qmi_client_notifier_init return %d", error);
+    if (error != QMI_NO_ERR)
+        return;
+    {
+        const lock_type lock(c.mutex);
+        c.context.notifier_handle = notifier;
+    }
+    error = qmi_client_register_notify_cb(notifier, c.traits.service_up_event, nullptr);
+    CLIENT_LOG(c, name, "qmi_client_register_notify_cb %d", error);
 }
 
-/* ---- release ---- */
+void resume(service_client& c) {
+    const bool connected = connect(c); /* releases the notifier first */
+    report(c, connected ? CLIENT_CONNECTED : CLIENT_RESUME_FAILED);
+}
 
-/* Ends whatever the client is doing, releases its handles and clears the context. */
-void take_down(service_client& c, bool tell) {
-    lock_type lock(c.mutex);
-    c.changed.wait(lock, [&] { return !c.taking_down; });
-    c.taking_down = true;
-    ++c.generation;
-    c.phase = service_client::idle;
-    c.event_pending = false;
-    c.changed.notify_all(); /* ends the wait between two connection attempts */
-    c.changed.wait(lock, [&] { return c.inside == 0; });
-
-    const client_operational_status_cb cb = c.context.operational_status_callback;
-    if (tell && cb != nullptr) {
-        lock.unlock();
-        cb(static_cast<int32_t>(c.traits.kind), CLIENT_RELEASED);
-        lock.lock();
+void finish_what_is_due(service_client& c) {
+    service_client::due_type due = service_client::nothing;
+    {
+        const lock_type lock(c.mutex);
+        due = c.due;
     }
-    drop_client_handle(c, lock);
-    drop_notifier(c, lock);
-    /* Only now: the OS parameters must outlive both handles. */
-    c.context = {};
-    c.taking_down = false;
-    c.changed.notify_all();
+    if (due == service_client::suspend)
+        suspend(c);
+    else if (due == service_client::resume)
+        resume(c);
+}
+
+/* How a client acts on an event. Without a worker the handle stays as it is: a notifier may tell
+ * of the service once more. */
+struct event_row {
+    service_client::due_type event;
+    service_client::due_type due;
+    int32_t status;
+    int32_t status_without_worker;
+};
+
+constexpr event_row event_rows[] = {
+    {service_client::down, service_client::suspend, CLIENT_SUSPENDING, CLIENT_RELEASED},
+    {service_client::up, service_client::resume, CLIENT_RESUMING, CLIENT_RESUME_FAILED},
+};
+
+void* run_worker(void* client) {
+    service_client_work(*static_cast<service_client*>(client));
+    return nullptr;
+}
+
+/* Detached: nobody joins a worker. */
+bool start_worker(service_client& c) {
+    pthread_attr_t attr;
+    if (pthread_attr_init(&attr) != 0)
+        return false;
+    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED);
+    pthread_t thread{};
+    const bool started = g_client_thread_create(&thread, &attr, run_worker, &c) == 0;
+    pthread_attr_destroy(&attr);
+    return started;
+}
+
+/* The worker that is started here waits for the end of this turn. */
+void act_on_event(service_client& c, const event_row& row) {
+    report(c, row.status);
+    if (start_worker(c))
+        return;
+    {
+        const lock_type lock(c.mutex);
+        c.due = service_client::nothing;
+    }
+    report(c, row.status_without_worker);
+}
+
+/* ==== turns ==== */
+
+/* Called when an event was noted and when a turn ends. In somebody's turn there is nothing to do:
+ * its end comes here again. So no event is lost, and no callback waits. */
+void act_on_events(service_client& c, lock_type& lock) {
+    while (!c.in_turn) {
+        const event_row* const row =
+            std::find_if(std::begin(event_rows), std::end(event_rows),
+                         [&](const event_row& its) { return its.event == c.due; });
+        if (row == std::end(event_rows))
+            return;
+        c.in_turn = true;
+        c.due = row->due;
+        lock.unlock();
+        act_on_event(c, *row);
+        lock.lock();
+        c.in_turn = false;
+        c.changed.notify_all();
+    }
+}
+
+/* A turn begins with what was told to begin: where its worker was not in time, the worker then
+ * finds nothing due. */
+class turn {
+  public:
+    explicit turn(service_client& c) : c_(c) {
+        {
+            lock_type lock(c.mutex);
+            c.changed.wait(lock, [&] { return !c.in_turn; });
+            c.in_turn = true;
+        }
+        finish_what_is_due(c);
+    }
+    ~turn() {
+        lock_type lock(c_.mutex);
+        c_.in_turn = false;
+        c_.changed.notify_all();
+        act_on_events(c_, lock);
+    }
+    turn(const turn&) = delete;
+    turn& operator=(const turn&) = delete;
+
+  private:
+    service_client& c_;
+};
+
+/* Releases the handles and clears the context; a connection under way makes no further attempt.
+ * anew: without telling so, and with a service object again. */
+qmi_idl_service_object_type end_client(service_client& c, bool anew) {
+    {
+        const lock_type lock(c.mutex);
+        ++c.ending;
+        c.changed.notify_all();
+    }
+    const turn mine(c);
+    if (!anew)
+        report(c, CLIENT_RELEASED);
+    drop_handles(c);
+    lock_type lock(c.mutex);
+    --c.ending;
+    c.changed.wait(lock, [&] { return c.users == 0; });
+    c.context = {}; /* only now: the OS parameters must outlive both handles */
+    if (anew) {
+        c.context.command_callback = c.traits.command_cb;
+        c.context.service_object =
+            c.traits.service_object(1, c.traits.minor, QMI_IDL_LIBRARY_VERSION);
+    }
+    return c.context.service_object;
 }
 
 } // namespace
 
-} // namespace service_client_detail
+/* ==== the functions of an instance ==== */
 
-using namespace service_client_detail;
+qmi_idl_service_object_type service_client_start(service_client& c) { return end_client(c, true); }
 
-qmi_idl_service_object_type service_client_start(service_client& c) {
-    take_down(c, false);
-    const qmi_idl_service_object_type service =
-        c.traits.service_object(1, c.traits.minor, QMI_IDL_LIBRARY_VERSION);
-    const lock_type lock(c.mutex);
-    c.context.command_callback = c.traits.command_cb;
-    c.context.service_object = service;
-    return service;
+int service_client_release(service_client& c) {
+    end_client(c, false);
+    return 1;
 }
 
 int service_client_init(service_client& c, client_indication_handler handler) {
     static constexpr const char* name = "client_init";
-    visit inside(c);
-    uint64_t generation = 0;
-    bool claimed = false;
+    const turn mine(c);
     {
-        lock_type lock(c.mutex);
-        claimed = begin_connecting(c, lock);
-        if (claimed) {
-            inside.enter();
-            c.context.indication_handler = handler;
-            generation = c.generation;
-        }
+        const lock_type lock(c.mutex);
+        c.context.indication_handler = handler;
     }
     CLIENT_LOG_AT(RAVEX_LOG_DEBUG, c, name, "Client connecting to QMI FW");
-    bool connected = false;
-    if (claimed) {
-        report(c, generation, CLIENT_CONNECTING);
-        connected = current(c, generation) && connect(c, generation);
-        report(c, generation, connected ? CLIENT_CONNECTED : CLIENT_INIT_FAILED);
-        finish_connecting(c, generation, connected);
-    }
+    report(c, CLIENT_CONNECTING);
+    const bool connected = connect(c);
+    report(c, connected ? CLIENT_CONNECTED : CLIENT_INIT_FAILED);
     CLIENT_LOG(c, name, "function exit with ret %ld", connected ? 1L : 0L);
     return connected ? 1 : 0;
 }
 
 int service_client_init_client_handles(service_client& c) {
-    visit inside(c);
-    uint64_t generation = 0;
-    {
-        lock_type lock(c.mutex);
-        if (!begin_connecting(c, lock))
-            return 0;
-        inside.enter();
-        generation = c.generation;
-    }
-    const bool connected = connect(c, generation);
-    finish_connecting(c, generation, connected);
-    return connected ? 1 : 0;
+    const turn mine(c);
+    return connect(c) ? 1 : 0;
 }
 
-int service_client_release(service_client& c) {
-    take_down(c, true);
-    return 1;
+void service_client_work(service_client& c) { const turn mine(c); }
+
+void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error) {
+    CLIENT_LOG(c, "client_service_down_event", "service down with error %d", error);
+    lock_type lock(c.mutex);
+    /* Not of a client that is no more. */
+    if (handle == nullptr || handle != c.context.client_handle || c.due != service_client::nothing)
+        return;
+    c.due = service_client::down;
+    act_on_events(c, lock);
 }
 
-void service_client_set_operational_status_callback(service_client& c,
-                                                    client_operational_status_cb cb) {
-    const lock_type lock(c.mutex);
-    c.context.operational_status_callback = cb;
-}
-
-int service_client_send_msg_sync(service_client& c, uint32_t msg_id, void* req, uint32_t req_len,
-                                 void* resp, uint32_t resp_len) {
-    visit inside(c);
-    qmi_client_type handle = nullptr;
-    {
-        const lock_type lock(c.mutex);
-        handle = c.context.client_handle;
-        if (handle == nullptr || c.taking_down)
-            return QMI_CLIENT_INVALID_CLIENT;
-        inside.enter_with_handle();
-    }
-    return qmi_client_send_msg_sync(handle, msg_id, req, req_len, resp, resp_len, send_timeout_ms);
+void service_client_service_up(service_client& c, int32_t event) {
+    lock_type lock(c.mutex);
+    if (event != QMI_CLIENT_SERVICE_COUNT_INC || c.context.notifier_handle == nullptr ||
+        c.due != service_client::nothing)
+        return;
+    c.due = service_client::up;
+    act_on_events(c, lock);
 }

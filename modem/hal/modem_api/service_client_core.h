@@ -26,8 +26,6 @@ struct service_client_traits {
     qmi_client_error_cb service_down_event;
     qmi_client_notify_cb service_up_event;
     client_command_cb command_cb;
-    void (*release_worker)();
-    void (*resume_worker)();
 };
 
 struct service_client_context {
@@ -43,31 +41,39 @@ struct service_client_context {
 
 /* Never destroyed: framework threads and workers may run while the process ends. */
 struct service_client {
-    enum phase_type {
-        idle,
-        connecting,
-        connected,
-        suspend_due, /* the suspend worker is about to run */
-        suspending,
-        suspended,
-        resume_due,
+    /* What the framework told of the handle that stands, and how far it has come. A handle that is
+     * dropped takes it along. */
+    enum due_type {
+        nothing,
+        down,    /* service down, not acted on yet */
+        suspend, /* 4 was told, the worker is on its way */
+        up,      /* service up, not acted on yet */
+        resume,  /* 6 was told, the worker is on its way */
     };
 
     explicit service_client(const service_client_traits& its) : traits(its) {}
 
     const service_client_traits& traits;
 
-    std::mutex mutex; /* guards all below but os_params, which belong to the framework as long as
-                       * a handle was made with them, or is being made */
+    /* Guards all below; not held during a platform call or a handler. The OS parameters belong to
+     * the framework as long as a handle stands. */
+    std::mutex mutex;
     std::condition_variable changed;
     service_client_context context{};
-    phase_type phase = idle;
-    bool event_pending = false; /* down while connecting, up while suspending or resume_due */
-    uint64_t generation = 0;    /* init and release raise it: what began before must stop */
-    int inside = 0;             /* callbacks, workers and calls under way */
-    int handle_users = 0;       /* threads that use client_handle right now */
-    bool taking_down = false;
-    qmi_client_type released_handle = nullptr; /* the last one: its late callbacks are dropped */
+    due_type due = nothing;
+
+    /* A connection, a suspension, a resumption, a release: one at a time, and statuses are told in
+     * it. Handles and service object change only in a turn. Callbacks of the framework never wait
+     * for one. */
+    bool in_turn = false;
+
+    int users = 0;  /* sends and indications under way */
+    int ending = 0; /* who waits to end the client: no more attempts to connect */
+
+    /* While a handle is made, the framework may use it before we know it. Any but the last one,
+     * whose callbacks may come late, is ours then. */
+    bool making_handle = false;
+    qmi_client_type last_client_handle = nullptr;
 };
 
 /* The instances' functions; see service_client.h. */
@@ -84,8 +90,18 @@ void service_client_unsol_ind(service_client& c, const char* function, qmi_clien
                               uint32_t msg_id, void* buf, uint32_t len);
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error);
 void service_client_service_up(service_client& c, int32_t event);
-void service_client_release_worker(service_client& c);
-void service_client_resume_worker(service_client& c);
+/* The body of both workers: brings to its end what is due. */
+void service_client_work(service_client& c);
+
+/* Calls a handler of the client's user; service_client_handler_runs_here tells of it. */
+inline thread_local uint32_t g_client_handlers_here; /* a bit for each kind */
+
+template <typename Call> void run_client_handler(const service_client& c, Call call) {
+    const uint32_t outer = g_client_handlers_here;
+    g_client_handlers_here |= 1U << c.traits.kind;
+    call();
+    g_client_handlers_here = outer;
+}
 
 /* PREFIX_NAME: an instance's function as it shows in the log. */
 struct client_function_name {
@@ -97,6 +113,3 @@ struct client_function_name {
     ravex_log_line(level, client_function_name(client, name).shown, text __VA_OPT__(, ) __VA_ARGS__)
 #define CLIENT_LOG(client, name, text, ...)                                                        \
     CLIENT_LOG_AT(RAVEX_LOG_DEFAULT, client, name, text __VA_OPT__(, ) __VA_ARGS__)
-
-/* The four instances, by kind. */
-service_client& service_client_of(uint32_t kind);

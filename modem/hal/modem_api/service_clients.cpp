@@ -21,8 +21,6 @@
         PREFIX##_client_service_down_event,                                                        \
         PREFIX##_client_service_up_event,                                                          \
         PREFIX##_client_command_cb,                                                                \
-        PREFIX##_client_release_qmi_client_thread,                                                 \
-        PREFIX##_client_resume_qmi_client_thread,                                                  \
     };                                                                                             \
     static service_client& PREFIX##_client() {                                                     \
         static service_client& client = *new service_client(PREFIX##_traits);                      \
@@ -60,12 +58,8 @@
                                    static_cast<modem_api_completion*>(resp_cb_data),               \
                                    transport_error);                                               \
     }                                                                                              \
-    void PREFIX##_client_release_qmi_client_thread() {                                             \
-        service_client_release_worker(PREFIX##_client());                                          \
-    }                                                                                              \
-    void PREFIX##_client_resume_qmi_client_thread() {                                              \
-        service_client_resume_worker(PREFIX##_client());                                           \
-    }
+    void PREFIX##_client_release_qmi_client_thread() { service_client_work(PREFIX##_client()); }   \
+    void PREFIX##_client_resume_qmi_client_thread() { service_client_work(PREFIX##_client()); }
 
 #define DEFINE_SEND_MSG_SYNC(PREFIX)                                                               \
     int PREFIX##_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,    \

@@ -1,7 +1,11 @@
 #include "unpack.h"
 
+#include <bit>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
+
+static_assert(std::endian::native == std::endian::little, "values are copied as they lie");
 
 const uint8_t* g_pk_data_ptr;
 int32_t g_pk_data_len_max;
@@ -12,9 +16,41 @@ uint32_t g_pk_data_id;
 int32_t g_pk_print_flag;
 uint64_t g_pk_version_not_support_num;
 
-bool MODEM_STATS_DATA_UNPK_START(const uint8_t* payload, uint32_t id) noexcept {
+namespace {
+
+constexpr int32_t word_bits = 64;
+constexpr int32_t span_bits = 128;
+
+/* Prints a line; false, for a check that fails. */
+[[gnu::format(printf, 1, 2), gnu::cold]] bool unpk_line(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vprintf(format, args);
+    va_end(args);
+    std::putchar('\n');
+    return false;
+}
+
+bool traces() { return g_pk_print_flag != 0; }
+
+int32_t wrapped_sum(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+
+uint64_t mask_max(size_t size) { return ~UINT64_C(0) >> (8 * (sizeof(uint64_t) - size)); }
+
+} // namespace
+
+unpk_text unpk_hex_text(uint64_t value) {
+    unpk_text hex{"0x"};
+    for (char* end = hex.text + 2; value != 0; value >>= 8)
+        end += std::snprintf(end, 3, "%02X", static_cast<unsigned>(value & 0xFF));
+    return hex;
+}
+
+bool MODEM_STATS_DATA_UNPK_START(const uint8_t* payload, uint32_t id) {
     if (payload == nullptr)
-        return unpk_fail("MODEM_STATS_DATA_UNPK_START, payload is NULL, id(0x%x)", id), false;
+        return unpk_line("MODEM_STATS_DATA_UNPK_START, payload is NULL, id(0x%x)", id);
     g_pk_data_id = id;
     g_pk_data_len_max = UNPK_READ_MAX;
     g_pk_data_ptr = payload;
@@ -24,30 +60,168 @@ bool MODEM_STATS_DATA_UNPK_START(const uint8_t* payload, uint32_t id) noexcept {
     return true;
 }
 
-void unpk_line(const char* format, ...) noexcept {
-    va_list args;
-    va_start(args, format);
-    std::vprintf(format, args);
-    va_end(args);
-    std::putchar('\n');
+bool UNPK_I(const char* name, const char* suffix, size_t size, uint64_t& value) {
+    if (g_pk_data_ptr == nullptr)
+        return unpk_line("MODEM_STATS_DATA_UNPK, g_pk_data_ptr is NULL, name: %s%s, id(0x%x)", name,
+                         suffix, g_pk_data_id);
+    const uint32_t off = static_cast<uint32_t>(g_pk_data_base) + g_pk_data_cnt;
+    if (off >= UNPK_READ_MAX)
+        return unpk_line("(base + cnt)(%d) is can not >= %d for %s%s, id(0x%x)", off, UNPK_READ_MAX,
+                         name, suffix, g_pk_data_id);
+    std::memcpy(&value, g_pk_data_ptr + off, sizeof value); /* the memory goes on so far */
+    value &= mask_max(size);
+    g_pk_data_cnt += static_cast<uint32_t>(size);
+    if (traces())
+        unpk_line("    UNPK_I, name: %s%s, val: %lu(%s), val_size: %d, unpk_cnt: %d, "
+                  "data_base: %d, base_bit: %d",
+                  name, suffix, value, unpk_hex_text(value).text, static_cast<int>(size),
+                  g_pk_data_cnt, g_pk_data_base, g_pk_data_base_bit);
+    return true;
 }
 
-void unpk_fail(const char* format, ...) noexcept {
-    va_list args;
-    va_start(args, format);
-    std::vprintf(format, args);
-    va_end(args);
-    std::putchar('\n');
+void BASE_WITH_BIT(int32_t bits) {
+    g_pk_data_cnt = 0;
+    g_pk_data_base_bit = wrapped_sum(g_pk_data_base_bit, bits);
+    g_pk_data_base = g_pk_data_base_bit / 8;
+    if (traces())
+        unpk_line("BASE_WITH_BIT, g_pk_data_base_bit(%d), g_pk_data_base(%d), "
+                  "g_pk_data_cnt(%d), bit(%d), id(0x%x)",
+                  g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bits, g_pk_data_id);
 }
 
-void unpk_version_not_support(uint32_t version, const char* parser) noexcept {
-    ++g_pk_version_not_support_num;
-    return unpk_fail("VERSION_NOT_SUPPORT, version(%d), not_support_num(%lu), name(%s), id(0x%x)",
-                     version, g_pk_version_not_support_num, parser, g_pk_data_id);
+bool UNPK_SET_BIT(int32_t bit) {
+    const int32_t pos = wrapped_sum(g_pk_data_base_bit, bit) / 8 - g_pk_data_base;
+    if (pos < 0 || pos >= g_pk_data_len_max)
+        return unpk_line("UNPK_SET_BIT, pos(%d) should be[0, %d), id(0x%x)", pos, g_pk_data_len_max,
+                         g_pk_data_id);
+    g_pk_data_cnt = static_cast<uint32_t>(pos);
+    if (traces())
+        unpk_line("UNPK_SET_BIT, g_pk_data_base_bit(%d), g_pk_data_base(%d), "
+                  "g_pk_data_cnt(%d), bit(%d), id(0x%x)",
+                  g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
+    return true;
 }
 
-unpk_hex_text::unpk_hex_text(uint64_t value) noexcept : text("0x") {
-    char* end = text + 2;
-    for (; value != 0; value >>= 8)
-        end += std::snprintf(end, 3, "%02X", static_cast<unsigned>(value & 0xFF));
+void PRINT_CNT(int32_t bit, int32_t width, const char* name, unpk_span& span) {
+    const uint32_t span_bit = (static_cast<uint32_t>(g_pk_data_base) + g_pk_data_cnt) * 8;
+    const int32_t rel = static_cast<int32_t>(static_cast<uint32_t>(g_pk_data_base_bit) - span_bit);
+    span.low = wrapped_sum(wrapped_sum(rel, bit), 1);
+    span.high = wrapped_sum(wrapped_sum(rel, bit), width);
+    if (traces())
+        unpk_line("PRINT_CNT, base_bit: %d, base_byte: %d, data_cnt: %d, low: %d, high: %d, "
+                  "param: %d, name: %s",
+                  g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, span.low, span.high, bit,
+                  name);
+}
+
+namespace {
+
+bool span_is_good(const char* name, int32_t low, int32_t high) {
+    if (low == 1) {
+        if (high < 1 || high > word_bits)
+            return unpk_line("UNPK_MID, high(%d) should be in [1, %d] for %s, id(0x%x)", high,
+                             word_bits, name, g_pk_data_id);
+        return true;
+    }
+    if (low < 1 || low > span_bits)
+        return unpk_line("UNPK_MID, low(%d) should be in [1, 128] for %s, id(0x%x)", low, name,
+                         g_pk_data_id);
+    if (high < 1 || high > span_bits)
+        return unpk_line("UNPK_MID, high(%d) should be in [1, 128] for %s, id(0x%x)", high, name,
+                         g_pk_data_id);
+    if (low > high)
+        return unpk_line("UNPK_MID, low(%d) should <= high(%d) for %s, id(0x%x)", low, high, name,
+                         g_pk_data_id);
+    return true;
+}
+
+/* The span from bit low on; its low 64 bits. */
+bool UNPK_HIGH(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
+    const int32_t bit_num = span.low == 1 ? word_bits : span_bits + 1 - span.low;
+    if (bit_num < word_bits)
+        return unpk_line("UNPK_HIGH, bit_num(%d) should be in [64, 128] for %s, id(0x%x)", bit_num,
+                         name, g_pk_data_id);
+    value = span.tmp1;
+    if (span.low != 1) {
+        /* Shift counts are taken modulo 64, which for low 65 gives tmp1 | tmp2. That is kept: no
+         * field begins there. */
+        const int32_t down = (span.low - 1) % word_bits;
+        const int32_t up = (word_bits + 1 - span.low) % word_bits;
+        value = (span.tmp1 >> down) | ((span.tmp2 & (~UINT64_C(0) >> up)) << up);
+    }
+    if (traces())
+        unpk_line("UNPK_HIGH, old_val: %lu, new_val: %lu, bit_num: %d, name: %s, id(0x%x)", value,
+                  value & mask_max(size), bit_num, name, g_pk_data_id);
+    return true;
+}
+
+/* Leaves as many of the lowest bits as the field has. */
+bool UNPK_LOW(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
+    const int32_t n = span.high - span.low;
+    const int32_t type_bits = 8 * static_cast<int32_t>(size);
+    if (n >= type_bits)
+        return unpk_line("UNPK_LOW, bit_num(%d) should be in [1, %d] for %s, id(0x%x)", n + 1,
+                         type_bits, name, g_pk_data_id);
+    value &= mask_max(size) >> (type_bits - 1 - n);
+    if (traces())
+        unpk_line("UNPK_LOW, old_val: %lu, new_val: %lu, bit_num: %d, mask_max(0x%lx), "
+                  "old_size(%d), name: %s, id(0x%x)",
+                  value, value, n + 1, mask_max(size), static_cast<int>(size), name, g_pk_data_id);
+    return true;
+}
+
+} // namespace
+
+bool UNPK_MID(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
+    uint64_t old_val = 0;
+    if (!span_is_good(name, span.low, span.high) || !UNPK_HIGH(name, span, size, old_val))
+        return false;
+    uint64_t new_val = old_val;
+    if (!UNPK_LOW(name, span, size, new_val))
+        return false;
+    if (traces())
+        unpk_line("UNPK_MID, old_val: %lu, new_val: %lu, low: %d, high: %d, name: %s, id(0x%x)",
+                  span.low == 1 ? old_val : new_val, new_val, span.low, span.high, name,
+                  g_pk_data_id);
+    value = new_val;
+    return true;
+}
+
+bool UNPK_AT(const char* name, int32_t bit, int32_t width, size_t size, uint64_t& value) {
+    unpk_span span{};
+    if (!UNPK_SET_BIT(bit))
+        return false;
+    PRINT_CNT(bit, width, name, span);
+    if (!UNPK_I(name, "_tmp1", sizeof span.tmp1, span.tmp1) ||
+        !UNPK_I(name, "_tmp2", sizeof span.tmp2, span.tmp2) || !UNPK_MID(name, span, size, value))
+        return false;
+    if (traces())
+        unpk_line("    UNPK_AT, name: %s, val: %lu(%s), low: %d, high: %d, bit_start: %d, "
+                  "bit_num: %d",
+                  name, value, unpk_hex_text(value).text, span.low, span.high, bit, width);
+    return true;
+}
+
+bool unpk_read_record(const unpk_record& record, void* out) {
+    uint64_t value = 0;
+    if (!UNPK_I("version", "", sizeof(uint32_t), value))
+        return false;
+    const auto version = static_cast<uint32_t>(value);
+    std::memcpy(out, &version, sizeof version);
+    BASE_WITH_BIT(8 * sizeof version);
+
+    size_t column = 0;
+    while (column < record.versions.size() && record.versions[column] != version)
+        ++column;
+    if (column == record.versions.size())
+        return unpk_line(
+            "VERSION_NOT_SUPPORT, version(%d), not_support_num(%lu), name(%s), id(0x%x)", version,
+            ++g_pk_version_not_support_num, record.parser, g_pk_data_id);
+
+    for (const unpk_field& field : record.fields) {
+        if (!UNPK_AT(field.name, field.bit[column], field.width, field.size, value))
+            return false;
+        std::memcpy(static_cast<uint8_t*>(out) + field.offset, &value, field.size);
+    }
+    return true;
 }

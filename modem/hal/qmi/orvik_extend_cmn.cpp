@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include "log_lines.h"
-#include "notes.h"
 #include "orvik_extend_idl.h"
 #include "qmi_sar.h"
 #include "qmi_uim.h"

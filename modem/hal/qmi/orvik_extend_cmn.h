@@ -31,7 +31,10 @@ void orvik_qcril_qmi_client_common_empty_unsol_ind_cb(qmi_client_type handle, un
  * Both fill rsp, at least 508 bytes, with the reply. They return the result of the send as it is,
  * or ORVIK_USAGE_ERROR for bad arguments, in which case nothing is sent. */
 
-enum { ORVIK_COMMON_REPLY_SIZE = 508 };
+enum {
+    ORVIK_COMMON_REPLY_SIZE = 508,
+    ORVIK_USAGE_ERROR = 0x0FFFF00A, /* also what a command returns whose arguments are wrong */
+};
 
 /* A record of kind qmi_id with up to 499 bytes of data. */
 int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data, void* rsp);

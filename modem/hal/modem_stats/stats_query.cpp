@@ -1,4 +1,4 @@
-#include "qmi_modem_stats_test.h"
+#include "stats_query.h"
 
 #include <algorithm>
 #include <array>
@@ -9,13 +9,11 @@
 #include <span>
 
 #include "help.h"
-#include "modem_stats_handlers.h"
-#include "notes.h"
+#include "stats_commands.h"
+#include "usage.h"
 
 namespace {
 
-constexpr int group = 9;
-constexpr int arguments = 4;
 constexpr uint32_t no_client = 0xFFFFFFFF;
 constexpr unsigned subscriptions = 2;
 
@@ -376,14 +374,8 @@ void orvik_qmi_modem_stats_api_deinit() {
 }
 
 int orvik_test_qmi_modem_stats_do(int argc, char** argv) {
-    if (argc < arguments) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
-        show_help(group);
-        return 0;
-    }
-    if (std::atoi(argv[1]) != group) {
-        std::printf(NOTE_FIRST_PARAMETER, group);
-        show_help(group);
+    if (!usage_good(GROUP_QMI_MODEM_STATS, argc, argv, 4)) {
+        show_help(GROUP_QMI_MODEM_STATS);
         return 0;
     }
     const int opt = std::atoi(argv[2]);

@@ -1,4 +1,4 @@
-#include "modem_stats_test.h"
+#include "stats_commands.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -6,14 +6,12 @@
 
 #include "debug_info.h"
 #include "help.h"
-#include "modem_stats_handlers.h"
-#include "notes.h"
 #include "serving_cell.h"
 #include "unpack.h"
+#include "usage.h"
 
 namespace {
 
-constexpr int group = 7;
 constexpr int sample_length = 48;
 
 /* A record of version 0x30001. The engine reads 16 bytes for each field and so reaches behind the
@@ -27,7 +25,7 @@ uint8_t sample[UNPK_MEMORY_SIZE] = {
 /* Both tests return 0 for a usage error, else 1. */
 int orvik_test_modem_stats_parsing_process(int argc, char** argv) {
     if (argc <= 3) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
+        usage_note(GROUP_MODEM_STATS, NOTE_TOO_FEW_PARAMETERS);
         return 0;
     }
     const int print = std::atoi(argv[3]);
@@ -39,7 +37,7 @@ int orvik_test_modem_stats_parsing_process(int argc, char** argv) {
 
 int orvik_test_modem_stats_get_debug_info(int argc, char** argv) {
     if (argc <= 3) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
+        usage_note(GROUP_MODEM_STATS, NOTE_TOO_FEW_PARAMETERS);
         return 0;
     }
     orvik_test_modem_stats_get_debug_info_do(std::atoi(argv[3]));
@@ -55,25 +53,21 @@ void orvik_test_modem_stats_parsing_process_do(int, unsigned short, unsigned cha
 }
 
 int orvik_test_modem_stats_do(int argc, char** argv) {
-    if (argc < 3) {
-        std::puts(NOTE_TOO_FEW_PARAMETERS);
-    } else if (std::atoi(argv[1]) != group) {
-        std::printf(NOTE_FIRST_PARAMETER, group);
-    } else {
-        switch (const int type = std::atoi(argv[2])) {
-        case 1:
-            if (const int result = orvik_test_modem_stats_get_debug_info(argc, argv))
-                return result;
-            std::puts("orvik_test_modem_stats_get_debug_info FAIL");
-            break;
-        case 0:
-            if (const int result = orvik_test_modem_stats_parsing_process(argc, argv))
-                return result;
-            std::puts("orvik_test_modem_stats_parsing_process FAIL");
-            break;
-        default:
-            std::printf("invalid type = %d\n", type);
-        }
+    if (!usage_good(GROUP_MODEM_STATS, argc, argv, 3))
+        return show_help(GROUP_MODEM_STATS);
+    switch (const int type = std::atoi(argv[2])) {
+    case 1:
+        if (const int result = orvik_test_modem_stats_get_debug_info(argc, argv))
+            return result;
+        std::puts("orvik_test_modem_stats_get_debug_info FAIL");
+        break;
+    case 0:
+        if (const int result = orvik_test_modem_stats_parsing_process(argc, argv))
+            return result;
+        std::puts("orvik_test_modem_stats_parsing_process FAIL");
+        break;
+    default:
+        std::printf("invalid type = %d\n", type);
     }
-    return show_help(group);
+    return show_help(GROUP_MODEM_STATS);
 }

@@ -1,0 +1,26 @@
+# Installation, also the Debian package's: the tool, with the simulated phone's libraries in a folder of
+# their own (their names are a phone's), the lab where it is built, pages, completions, documents and
+# examples.
+set(KVT_LIB_DIR ${CMAKE_INSTALL_LIBDIR}/kvt)
+
+# One RUNPATH for the build tree and for an installation: nothing to pad or to rewrite.
+set_target_properties(kvt PROPERTIES BUILD_WITH_INSTALL_RPATH ON
+  INSTALL_RPATH "$ORIGIN/../${KVT_LIB_DIR};$ORIGIN/../lib")
+install(TARGETS kvt RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(KVT_PLATFORM STREQUAL "simulated")
+  set(PHONE simphone qmi_cci idl qmi_common_so diag cutils log qcrilNrQtiMutex)
+  set_target_properties(${PHONE} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${PHONE} LIBRARY DESTINATION ${KVT_LIB_DIR})
+endif()
+if(TARGET kvt-lab)
+  install(TARGETS kvt-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(FILES packaging/man/kvt.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES packaging/completions/kvt.bash
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kvt)
+install(FILES packaging/completions/_kvt
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "recipes" EXCLUDE)
+install(DIRECTORY docs/recipes/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples USE_SOURCE_PERMISSIONS)

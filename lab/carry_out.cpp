@@ -1,0 +1,118 @@
+#include "carry_out.h"
+
+#include <thread>
+
+#include "patterns.h"
+
+namespace lab {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+/* Beyond a row's longest time a run is not slow, it hangs. */
+milliseconds limit_of(const CommandLine& line, double timeout_s) {
+    double seconds = timeout_s;
+    if (seconds <= 0) {
+        seconds = line.row->longest_s * 1.5 + 2;
+        const auto added = line.values.find(line.row->adds_ms);
+        if (added != line.values.end() && !added->second.empty())
+            seconds += std::strtod(added->second[0].c_str(), nullptr) / 1000;
+    }
+    constexpr double a_day = 86400;
+    return milliseconds(static_cast<long>(std::min(seconds, a_day) * 1000));
+}
+
+const Verify* way_to_verify(const CommandLine& line) {
+    for (const Verify& verify : line.row->verify) {
+        if (verify.when_argument.empty())
+            return &verify;
+        const auto typed = line.values.find(verify.when_argument);
+        if (typed != line.values.end() && !typed->second.empty() &&
+            typed->second[0] == verify.when_value)
+            return &verify;
+    }
+    return nullptr;
+}
+
+constexpr milliseconds between_readings{100};
+
+void read_back(const Runner& runner, const CommandLine& line, const Verify& way, double timeout_s,
+               Outcome& outcome) {
+    CommandLine reading;
+    std::string error;
+    if (!read_command_line(filled_words(way.run, line, {}), reading, error)) {
+        outcome.verdict = Verdict::not_told;
+        outcome.why = "it could not be read back: " + error;
+        return;
+    }
+    const auto end = Clock::now() + milliseconds(static_cast<long>(way.within_s * 1000));
+    for (;;) {
+        const ProcessResult result = runner(reading.words, limit_of(reading, timeout_s));
+        bool all = result.how == ProcessResult::exited;
+        for (const std::string_view pattern : way.ok)
+            all = all && find_pattern(filled_pattern(pattern, line), result.output);
+        if (all) {
+            outcome.verdict = Verdict::ok;
+            outcome.why.clear();
+            outcome.verified = true;
+            return;
+        }
+        if (Clock::now() < end) {
+            std::this_thread::sleep_for(between_readings);
+            continue;
+        }
+        const Judgement judgement = judge(reading, result);
+        if (judgement.verdict == Verdict::ok) {
+            outcome.verdict = Verdict::failed;
+            outcome.why = "kvt " + one_line(reading.text()) + " shows no effect of it";
+            outcome.verified = true;
+        } else {
+            outcome.verdict = Verdict::not_told;
+            outcome.why = "it could not be read back with kvt " + one_line(reading.text()) + ": " +
+                          judgement.why;
+        }
+        return;
+    }
+}
+
+} // namespace
+
+Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOptions& options) {
+    const ProcessResult result = runner(line.words, limit_of(line, options.timeout_s));
+    Outcome outcome;
+    static_cast<Judgement&>(outcome) = judge(line, result);
+    outcome.output = result.output;
+    const bool worth_reading =
+        outcome.verdict == Verdict::ok || outcome.verdict == Verdict::not_told;
+    if (const Verify* const way = way_to_verify(line);
+        options.verify && worth_reading && way != nullptr)
+        read_back(runner, line, *way, options.timeout_s, outcome);
+    else if (outcome.verdict == Verdict::not_told)
+        outcome.why += way == nullptr    ? "; nothing tells"
+                       : !options.verify ? "; --verify reads it back"
+                                         : "";
+    outcome.took = result.took;
+    return outcome;
+}
+
+std::string outcome_text(const Judgement& outcome) {
+    std::string text = verdict_name(outcome.verdict);
+    const char* separator = ": ";
+    if (!outcome.why.empty()) {
+        text += separator + outcome.why;
+        separator = "; ";
+    }
+    for (const Shown& shown : outcome.values) {
+        text += separator + std::string(shown.value->name) + " = " + one_line(shown.text);
+        if (!shown.value->unit.empty())
+            text += " " + std::string(shown.value->unit);
+        if (!shown.name.empty())
+            text += " (" + std::string(shown.name) + ")";
+        separator = ", ";
+    }
+    return text;
+}
+
+} // namespace lab

@@ -1,0 +1,25 @@
+/* Carries out a command of the catalogue once and tells how it went. */
+#pragma once
+
+#include "runner.h"
+#include "verdict.h"
+
+namespace lab {
+
+struct CarryOptions {
+    bool verify = false;  /* read back where the row says how */
+    double timeout_s = 0; /* of each run of kvt; 0: what the row says, and some more */
+};
+
+struct Outcome : Judgement {
+    bool verified = false; /* reading back has decided */
+    std::string output;    /* kvt's, of the command itself */
+    std::chrono::milliseconds took{0};
+};
+
+Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOptions& options);
+
+/* The judgement as a line: verdict, why, values with their units. */
+std::string outcome_text(const Judgement& outcome);
+
+} // namespace lab
