@@ -2,8 +2,10 @@
  * the AT channel. */
 #include "doctor.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -342,10 +344,27 @@ std::string lost_commands(const Check& check) {
     if ((check.lost & need_start) != 0)
         return "every command, kvt does not start";
     std::string result;
-    for (const CommandNeeds& command : command_needs)
-        if ((check.lost & command.needs) != 0)
-            result += (result.empty() ? "" : ", ") + std::string(command.words);
+    for (const CommandNeeds* first = command_needs; first != std::end(command_needs);) {
+        const CommandNeeds* const end = group_end(first);
+        const auto lost = [&](const CommandNeeds& row) { return (check.lost & row.needs) != 0; };
+        const auto add = [&](const std::string& words) {
+            result += (result.empty() ? "" : ", ") + words;
+        };
+        if (std::all_of(first, end, lost))
+            add(std::to_string(std::atoi(first->words)));
+        else
+            for (const CommandNeeds* row = first; row != end; ++row)
+                if (lost(*row))
+                    add(row->words);
+        first = end;
+    }
     return result.empty() ? "no command, none uses it" : result;
+}
+
+const CommandNeeds* group_end(const CommandNeeds* first) {
+    const int group = std::atoi(first->words);
+    return std::find_if(first, std::end(command_needs),
+                        [&](const CommandNeeds& row) { return std::atoi(row.words) != group; });
 }
 
 } // namespace doctor

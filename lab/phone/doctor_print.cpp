@@ -23,8 +23,15 @@ std::string reasons(const Report& report, const CommandNeeds& command) {
 void print_line(const Report& report, const char* words, const char* title,
                 const CommandNeeds& command) {
     const bool can = can_work(report, command);
-    std::printf("%-7s %-6s%s%s%s\n", can ? "can" : "cannot", words, title, can ? "" : "; see ",
+    std::printf("%-7s %-8s%s%s%s\n", can ? "can" : "cannot", words, title, can ? "" : "; see ",
                 can ? "" : reasons(report, command).c_str());
+}
+
+const char* group_title(int number) {
+    for (const GroupTitle& group : group_titles)
+        if (group.number == number)
+            return group.title;
+    return "";
 }
 
 /* A group whose commands all need the same is one line. */
@@ -34,8 +41,7 @@ void print_group(const Report& report, const CommandNeeds* first, const CommandN
     for (const CommandNeeds* row = first; row != end; ++row)
         same &= row->needs == first->needs;
     if (same && end - first > 1) {
-        const std::string title = "all " + std::to_string(end - first) + " commands";
-        print_line(report, std::to_string(group).c_str(), title.c_str(), *first);
+        print_line(report, std::to_string(group).c_str(), group_title(group), *first);
         return;
     }
     for (; first != end; ++first)
@@ -57,9 +63,7 @@ void print_text(const Report& report) {
     }
     std::puts("What can work");
     for (const CommandNeeds* first = command_needs; first != std::end(command_needs);) {
-        const CommandNeeds* end = first;
-        while (end != std::end(command_needs) && std::atoi(end->words) == std::atoi(first->words))
-            ++end;
+        const CommandNeeds* const end = group_end(first);
         print_group(report, first, end);
         first = end;
     }
