@@ -37,8 +37,8 @@ Check check_at_channel(const char* path, bool phone);
 bool can_work(const Report& report, const CommandNeeds& command);
 /* No check failed, so that every command can work. */
 bool all_good(const Report& report);
-/* Commands that a check costs, for a person: "5 5, 9" (all of group 9), "every command, kvt does not
- * start". */
+/* Commands that a check costs, for a person: "5 5, 9" (all of group 9), "every command, kvt does
+ * not start". */
 std::string lost_commands(const Check& check);
 
 /* Behind the last row of the first one's group. */
