@@ -15,7 +15,7 @@ endif()
 if(TARGET kvt-lab)
   install(TARGETS kvt-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-install(FILES packaging/man/kvt.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES packaging/man/kvt.1 packaging/man/kvt-lab.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES packaging/completions/kvt.bash
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kvt)
 install(FILES packaging/completions/_kvt

@@ -5,8 +5,11 @@ add_compile_options(
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-Wno-restrict) # false alarms about std::string in GCC 12
 endif()
-# No path of the machine in what is built, so that it is the same wherever it is built.
-add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# No path of the machine in what is released, so that it is the same wherever it is built. A debugger's
+# builds keep their paths, and a compiler cache its hits.
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+endif()
 if(KVT_WERROR)
   add_compile_options(-Werror)
 endif()

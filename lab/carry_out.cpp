@@ -11,19 +11,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/* Beyond a row's longest time a run is not slow, it hangs. */
-milliseconds limit_of(const CommandLine& line, double timeout_s) {
-    double seconds = timeout_s;
-    if (seconds <= 0) {
-        seconds = line.row->longest_s * 1.5 + 2;
-        const auto added = line.values.find(line.row->adds_ms);
-        if (added != line.values.end() && !added->second.empty())
-            seconds += std::strtod(added->second[0].c_str(), nullptr) / 1000;
-    }
-    constexpr double a_day = 86400;
-    return milliseconds(static_cast<long>(std::min(seconds, a_day) * 1000));
-}
-
 const Verify* way_to_verify(const CommandLine& line) {
     for (const Verify& verify : line.row->verify) {
         if (verify.when_argument.empty())
@@ -38,21 +25,28 @@ const Verify* way_to_verify(const CommandLine& line) {
 
 constexpr milliseconds between_readings{100};
 
-void read_back(const Runner& runner, const CommandLine& line, const Verify& way, double timeout_s,
-               Outcome& outcome) {
+/* Reads back until all is found that the catalogue wants to see, whichever reading showed it. */
+void read_back(const Runner& runner, const CommandLine& line, const Verify& way,
+               const CarryOptions& options, Outcome& outcome) {
     CommandLine reading;
-    std::string error;
+    std::string error, output;
+    outcome.verdict = Verdict::not_told;
     if (!read_command_line(filled_words(way.run, line, {}), reading, error)) {
-        outcome.verdict = Verdict::not_told;
         outcome.why = "it could not be read back: " + error;
         return;
     }
+    const std::string reader = "kvt " + one_line(reading.text());
     const auto end = Clock::now() + milliseconds(static_cast<long>(way.within_s * 1000));
     for (;;) {
-        const ProcessResult result = runner(reading.words, limit_of(reading, timeout_s));
+        if (options.stop != nullptr && *options.stop != 0) {
+            outcome.why = "it was interrupted before it was read back with " + reader;
+            return;
+        }
+        const ProcessResult result = runner(reading.words, limit_of(reading, options.timeout_s));
+        output += result.output;
         bool all = result.how == ProcessResult::exited;
         for (const std::string_view pattern : way.ok)
-            all = all && find_pattern(filled_pattern(pattern, line), result.output);
+            all = all && find_pattern(filled_pattern(pattern, line), output);
         if (all) {
             outcome.verdict = Verdict::ok;
             outcome.why.clear();
@@ -64,20 +58,29 @@ void read_back(const Runner& runner, const CommandLine& line, const Verify& way,
             continue;
         }
         const Judgement judgement = judge(reading, result);
-        if (judgement.verdict == Verdict::ok) {
-            outcome.verdict = Verdict::failed;
-            outcome.why = "kvt " + one_line(reading.text()) + " shows no effect of it";
-            outcome.verified = true;
-        } else {
-            outcome.verdict = Verdict::not_told;
-            outcome.why = "it could not be read back with kvt " + one_line(reading.text()) + ": " +
-                          judgement.why;
-        }
+        outcome.verified = judgement.verdict == Verdict::ok;
+        outcome.verdict = outcome.verified ? Verdict::failed : Verdict::not_told;
+        outcome.why = outcome.verified
+                          ? reader + " shows no effect of it"
+                          : "it could not be read back with " + reader + ": " + judgement.why;
         return;
     }
 }
 
 } // namespace
+
+/* Beyond a row's longest time a run is not slow, it hangs. */
+milliseconds limit_of(const CommandLine& line, double timeout_s) {
+    double seconds = timeout_s;
+    if (seconds <= 0) {
+        seconds = line.row->longest_s * 1.5 + 2;
+        const auto added = line.values.find(line.row->adds_ms);
+        if (added != line.values.end() && !added->second.empty())
+            seconds += std::strtod(added->second[0].c_str(), nullptr) / 1000;
+    }
+    constexpr double a_day = 86400;
+    return milliseconds(static_cast<long>(std::min(seconds, a_day) * 1000));
+}
 
 Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOptions& options) {
     const ProcessResult result = runner(line.words, limit_of(line, options.timeout_s));
@@ -88,7 +91,7 @@ Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOpti
         outcome.verdict == Verdict::ok || outcome.verdict == Verdict::not_told;
     if (const Verify* const way = way_to_verify(line);
         options.verify && worth_reading && way != nullptr)
-        read_back(runner, line, *way, options.timeout_s, outcome);
+        read_back(runner, line, *way, options, outcome);
     else if (outcome.verdict == Verdict::not_told)
         outcome.why += way == nullptr    ? "; nothing tells"
                        : !options.verify ? "; --verify reads it back"

@@ -9,7 +9,11 @@ namespace lab {
 struct CarryOptions {
     bool verify = false;  /* read back where the row says how */
     double timeout_s = 0; /* of each run of kvt; 0: what the row says, and some more */
+    const std::atomic<int>* stop = nullptr; /* once it is not 0 nothing more is read back */
 };
+
+/* How long a run may take: what the row says and some more, or timeout_s unless it is 0. */
+std::chrono::milliseconds limit_of(const CommandLine& line, double timeout_s);
 
 struct Outcome : Judgement {
     bool verified = false; /* reading back has decided */

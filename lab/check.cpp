@@ -32,7 +32,7 @@ int check(const Common& common, const CheckOptions& options) {
     if (runner == nullptr)
         outcome.why = error;
     else
-        outcome = carry_out(runner, line, {options.verify, options.timeout_s});
+        outcome = carry_out(runner, line, {options.verify, options.timeout_s, nullptr});
     if (options.output) {
         std::fflush(stdout);
         std::fwrite(outcome.output.data(), 1, outcome.output.size(), stderr);

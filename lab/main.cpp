@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "kvt_version.h"
+#include "pages/pages.h"
 #include "verbs.h"
 
 namespace {
@@ -45,7 +46,8 @@ void takes_words(CLI::App& app, std::vector<std::string>& words, const char* mea
 
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     RunOptions& options = kept<RunOptions>();
-    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended");
+    app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
+        ->type_name("SECONDS");
     takes_command(app, options.command);
     chosen = [&] { return run(common, options); };
 }
@@ -63,6 +65,7 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
     app.add_flag("--yes", options.yes, "run it although something can be lost");
     app.add_flag("--output", options.output, "kvt's own output, to standard error");
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
+        ->type_name("SECONDS")
         ->check(CLI::PositiveNumber);
     takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
     chosen = [&] { return check(common, options); };
@@ -88,13 +91,53 @@ void read_pull(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return pull(common, options); };
 }
 
+void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PlanOptions& options = kept<PlanOptions>();
+    app.add_option("FILE", options.file, "the plan, TOML")->required();
+    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file");
+    app.add_flag("--json", options.json, "one JSON object instead of TAP");
+    chosen = [&] { return plan(common, options); };
+}
+
+/* The verbs and options that a person is shown. */
+std::vector<VerbText> verb_texts(const CLI::App& all) {
+    const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
+    std::vector<VerbText> verbs;
+    for (const CLI::App* const verb : all.get_subcommands(nullptr)) {
+        if (verb->get_group().empty())
+            continue;
+        VerbText text{verb->get_name(), "", verb->get_description(), {}};
+        for (const CLI::Option* const option : verb->get_options(not_help)) {
+            std::string type = option->get_items_expected_max() > 0 ? option->get_type_name() : "";
+            type.erase(std::min(type.find(':'), type.size())); /* what it checks */
+            if (option->get_positional())
+                text.usage += (text.usage.empty() ? "" : " ") + option->get_name();
+            else
+                text.options.push_back({option->get_name() + (type.empty() ? "" : " " + type),
+                                        option->get_description()});
+        }
+        verbs.push_back(std::move(text));
+    }
+    return verbs;
+}
+
+void read_pages(CLI::App& app, const Common&, std::function<int()>& chosen) {
+    PagesOptions& options = kept<PagesOptions>();
+    app.group(""); /* for the source tree, not for people */
+    app.add_flag("--check", options.check, "tell which are stale");
+    app.add_option("FOLDER", options.folder, "the source tree")->required();
+    chosen = [&] { return pages(options, verb_texts(*app.get_parent())); };
+}
+
 constexpr Verb verbs[] = {
     {"describe", "what kvt's commands do, take, tell and cost", read_describe},
     {"check", "run a command and tell whether it worked", read_check},
+    {"plan", "run the steps of a file, and undo what they set", read_plan},
     {"run", "run kvt as it is", read_run},
     {"doctor", "hold a phone against what kvt needs", read_doctor},
     {"deploy", "put kvt, kvt-doctor and the recorder on a phone", read_deploy},
     {"pull", "get tapes from a phone", read_pull},
+    {"pages", "renew the pages that are made from the catalogue", read_pages},
 };
 
 } // namespace

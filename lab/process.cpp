@@ -26,6 +26,7 @@ constexpr std::chrono::milliseconds stop_grace{2000};
 [[noreturn]] void become(char* const* argv, char** environment, int output, bool errors_too,
                          int report) {
     ::setpgid(0, 0);
+    ::signal(SIGPIPE, SIG_DFL);
     const int input = ::open("/dev/null", O_RDONLY);
     if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(output, 1) < 0 ||
         (errors_too && ::dup2(output, 2) < 0))

@@ -54,4 +54,20 @@ struct PullOptions {
 };
 int pull(const Common& common, const PullOptions& options);
 
+/* kvt-lab plan FILE: 0 when every step passed, 2 when the plan is wrong and nothing was run, 128
+ * and the signal's number when one ended it. */
+struct PlanOptions {
+    std::string file, junit;
+    bool json = false;
+};
+int plan(const Common& common, const PlanOptions& options);
+
+/* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
+struct PagesOptions {
+    std::string folder;
+    bool check = false; /* tell which are stale instead of writing them */
+};
+struct VerbText;
+int pages(const PagesOptions& options, const std::vector<VerbText>& verbs);
+
 } // namespace lab

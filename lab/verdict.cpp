@@ -33,10 +33,11 @@ size_t character_length(std::string_view text) {
     for (size_t i = 1; i < length; ++i)
         if ((byte(i) & 0xC0) != 0x80)
             return 0;
-    /* Controls above 0x7F, and forms that are longer than they need be. */
+    /* Controls above 0x7F, forms that are longer than they need be, and the last of the first
+     * 65536, which are no characters in XML. */
     if ((byte(0) == 0xC2 && byte(1) < 0xA0) || (byte(0) == 0xE0 && byte(1) < 0xA0) ||
         (byte(0) == 0xED && byte(1) > 0x9F) || (byte(0) == 0xF0 && byte(1) < 0x90) ||
-        (byte(0) == 0xF4 && byte(1) > 0x8F))
+        (byte(0) == 0xF4 && byte(1) > 0x8F) || text.substr(0, 2) == "\xEF\xBF")
         return 0;
     return length;
 }

@@ -25,6 +25,8 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include "scratch.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -61,21 +63,22 @@ class TranscriptTest : public testing::Test {
         std::string name = testing::TempDir() + "kvt-transcript-XXXXXX";
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
         dir_ = name;
+        scratch_ = new_scratch_folder();
         fs::create_directories(dir_ / "bin");
         script("kvt", "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
         script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
         script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
                          "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
-        prefix_ = "export KVT_PHONE='" + (dir_ / "phone").string() + "' PATH='" +
+        prefix_ = "export KVT_PHONE='" + phone().string() + "' PATH='" +
                   (dir_ / "bin").string() + "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
         /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
         const std::string report = "log_path=" + (dir_ / "report").string();
         prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
                    " TSAN_OPTIONS=atexit_sleep_ms=0:" + report + "; ";
         run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
-        run("rm -f '" + (dir_ / "phone" / "log").string() + "'");
-        prefix_ += "cd '" + (dir_ / "phone").string() + "' || exit 99; ";
+        fs::remove(phone() / "log");
+        prefix_ += "cd '" + phone().string() + "' || exit 99; ";
     }
 
     /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment
@@ -94,6 +97,7 @@ class TranscriptTest : public testing::Test {
         }
         std::error_code ignored;
         fs::remove_all(dir_, ignored);
+        fs::remove_all(scratch_, ignored);
     }
 
     std::string check(const std::string& command, const std::string& expected, int line) {
@@ -147,8 +151,11 @@ class TranscriptTest : public testing::Test {
         }
     }
 
+    fs::path phone() const { return scratch_ / "phone"; }
+
     fs::path file_;
-    fs::path dir_;
+    fs::path dir_;     /* commands, which a folder in memory may refuse to run; reports */
+    fs::path scratch_; /* the phone */
     std::string prefix_;
 };
 

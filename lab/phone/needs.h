@@ -1,5 +1,4 @@
-/* What each command needs of the phone; made from the lab's catalogue. To renew it:
- * out/dev/bin/doctor_needs > lab/phone/needs.h */
+/* What each command needs of the phone; made from the lab's catalogue. */
 #pragma once
 
 enum Need : unsigned {

@@ -6,18 +6,19 @@
 #include <cstdio>
 #include <string>
 
+#include "phone/guarded.h"
 #include "phone/phone.h"
 
 namespace {
 
-/* The platform's own limit of a line. */
-constexpr size_t max_line = 4068;
+struct Line {
+    char text[4068]; /* the platform's own limit */
+};
 
-__attribute__((format(printf, 1, 0))) std::string format(const char* fmt, va_list args) {
-    char text[max_line];
-    if (std::vsnprintf(text, sizeof text, fmt, args) < 0)
-        return fmt;
-    return text;
+__attribute__((format(printf, 1, 0))) Line format(const char* fmt, va_list args) {
+    Line line{};
+    std::vsnprintf(line.text, sizeof line.text, fmt, args);
+    return line;
 }
 
 } // namespace
@@ -25,10 +26,12 @@ __attribute__((format(printf, 1, 0))) std::string format(const char* fmt, va_lis
 int __android_log_print(int priority, const char* tag, const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
-    const std::string text = format(fmt, args);
+    const Line text = format(fmt, args);
     va_end(args);
-    simphone::log_line("android", std::to_string(priority) + " " + tag + " " + text);
-    return 1;
+    return simphone::guarded(-1, [&] {
+        simphone::log_line("android", std::to_string(priority) + " " + tag + " " + text.text);
+        return 1;
+    });
 }
 
 /* In front of the C library's, so that what a program hands to the system log reaches the phone's.
@@ -36,7 +39,11 @@ int __android_log_print(int priority, const char* tag, const char* fmt, ...) {
 extern "C" {
 
 __attribute__((format(printf, 2, 0))) void vsyslog(int priority, const char* fmt, va_list args) {
-    simphone::log_line("syslog", std::to_string(priority) + " " + format(fmt, args));
+    const Line text = format(fmt, args);
+    simphone::guarded(false, [&] {
+        simphone::log_line("syslog", std::to_string(priority) + " " + text.text);
+        return true;
+    });
 }
 
 __attribute__((format(printf, 3, 0))) void __vsyslog_chk(int priority, int, const char* fmt,

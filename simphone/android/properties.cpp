@@ -3,8 +3,11 @@
 
 #include <cstring>
 #include <filesystem>
+#include <string>
+#include <string_view>
 
 #include "phone/faults.h"
+#include "phone/guarded.h"
 #include "phone/phone.h"
 
 namespace {
@@ -25,23 +28,27 @@ std::string stored(const char* key) {
 } // namespace
 
 int property_get(const char* key, char* value, const char* default_value) {
-    const std::optional<simphone::Fault> fault = simphone::platform_call("property_get", key);
     /* A property can't fail, only be missing, or be another. */
-    std::string text = !fault                                        ? stored(key)
-                       : fault->kind == simphone::Fault::Kind::reply ? fault->argument
-                                                                     : "";
-    if (text.empty() && default_value != nullptr)
-        text = default_value;
-    text.resize(std::min<size_t>(text.size(), PROPERTY_VALUE_MAX - 1));
-    std::memcpy(value, text.c_str(), text.size() + 1);
-    return static_cast<int>(text.size());
+    std::string text = simphone::guarded(std::string(), [&] {
+        const std::optional<simphone::Fault> fault = simphone::platform_call("property_get", key);
+        return !fault                                        ? stored(key)
+               : fault->kind == simphone::Fault::Kind::reply ? fault->argument
+                                                             : "";
+    });
+    const std::string_view found =
+        text.empty() && default_value != nullptr ? std::string_view(default_value) : text;
+    const size_t size = found.copy(value, PROPERTY_VALUE_MAX - 1);
+    value[size] = '\0';
+    return static_cast<int>(size);
 }
 
 int property_set(const char* key, const char* value) {
-    if (simphone::platform_call("property_set", key))
-        return -1;
-    const std::string text = value != nullptr ? value : "";
-    if (text.size() >= PROPERTY_VALUE_MAX)
-        return -1;
-    return simphone::write_text(property_file(key), text) == 0 ? 0 : -1;
+    return simphone::guarded(-1, [=] {
+        if (simphone::platform_call("property_set", key))
+            return -1;
+        const std::string text = value != nullptr ? value : "";
+        if (text.size() >= PROPERTY_VALUE_MAX)
+            return -1;
+        return simphone::write_text(property_file(key), text) == 0 ? 0 : -1;
+    });
 }

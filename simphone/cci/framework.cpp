@@ -1,11 +1,16 @@
 #include "framework.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <vector>
 
+#include <sys/stat.h>
+
+#include "phone/complaint.h"
+#include "phone/guarded.h"
+#include "phone/lock.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -27,37 +32,34 @@ struct Waiting {
 std::vector<Waiting> take_indications(const std::vector<std::string>& services) {
     std::vector<Waiting> taken;
     const Lock lock;
-    std::vector<fs::path> names;
-    std::error_code error;
-    for (fs::directory_iterator it(root() / "ind", error), end; !error && it != end;
-         it.increment(error))
-        names.push_back(it->path().filename());
-    std::sort(names.begin(), names.end());
-    for (const fs::path& name : names) {
-        const std::string text = name.string();
-        std::error_code ignored;
-        if (text.front() == '.' || fs::file_size(root() / "ind" / name, ignored) == 0)
+    if (!lock.held())
+        return taken;
+    for (const std::string& text : list_folder("ind")) {
+        const fs::path name = fs::path("ind") / text;
+        struct stat info {};
+        if (text[0] == '.' || ::stat((root() / name).c_str(), &info) != 0 || info.st_size == 0)
             continue; /* somebody is about to write it */
         const size_t dot = text.find('.');
-        if (dot == std::string::npos ||
-            std::find(services.begin(), services.end(), text.substr(0, dot)) == services.end())
+        const std::string service = text.substr(0, dot);
+        const std::string id_text =
+            dot == std::string::npos ? "" : text.substr(dot + 1, text.find('.', dot + 1) - dot - 1);
+        const std::optional<int64_t> id = whole_number(id_text);
+        if (!is_service(service) || !id || *id < 0 || *id > UINT16_MAX) {
+            complain("ind/" + text, 0, "no indication's name: SERVICE.0xID, or SERVICE.0xID.ANY");
             continue;
-        const std::optional<Bytes> tlvs = read_file(fs::path("ind") / name);
-        if (!tlvs || remove_file(fs::path("ind") / name) != 0)
+        }
+        if (std::find(services.begin(), services.end(), service) == services.end())
             continue;
-        const auto id =
-            static_cast<uint32_t>(std::strtoul(text.substr(dot + 1).c_str(), nullptr, 0));
-        taken.push_back({text.substr(0, dot), id, *tlvs});
+        const std::optional<Bytes> tlvs = read_file(name);
+        if (!tlvs || remove_file(name) != 0)
+            continue;
+        taken.push_back({service, static_cast<uint32_t>(*id), *tlvs});
     }
     return taken;
 }
 
 /* True when files of waiting indications lie in the phone's folder ind. */
-bool indications_wait() {
-    std::error_code error;
-    const fs::directory_iterator it(root() / "ind", error);
-    return !error && it != fs::directory_iterator();
-}
+bool indications_wait() { return !list_folder("ind").empty(); }
 
 } // namespace
 
@@ -70,10 +72,11 @@ Framework& Framework::instance() {
 
 qmi_client_type Framework::add(const std::shared_ptr<Client>& client) {
     const std::lock_guard guard(mutex_);
-    client->handle = reinterpret_cast<qmi_client_type>(++last_handle_);
-    clients_[last_handle_] = client;
     if (client->ind_cb != nullptr || client->notifier)
         start_thread();
+    client->handle = reinterpret_cast<qmi_client_type>(last_handle_ + 1);
+    clients_[last_handle_ + 1] = client;
+    ++last_handle_;
     return client->handle;
 }
 
@@ -93,29 +96,31 @@ bool Framework::change(qmi_client_type handle, const std::function<void(Client&)
     const auto it = clients_.find(reinterpret_cast<uintptr_t>(handle));
     if (it == clients_.end())
         return false;
-    change(*it->second);
     start_thread();
+    change(*it->second);
     return true;
 }
 
 void Framework::start_thread() {
     if (started_)
         return;
-    started_ = true;
     std::thread([this] { run(); }).detach();
+    started_ = true;
 }
 
 void Framework::run() {
     std::unique_lock lock(mutex_);
     thread_id_ = std::this_thread::get_id();
     for (;;) {
-        const uint64_t asked = asked_;
+        const uint64_t requested = requested_;
         lock.unlock();
-        look();
+        /* What there is no memory for now is looked at in the next round. */
+        guarded(false, [this] { return look(), true; });
+        delivering_ = false;
         lock.lock();
-        rounds_ = asked;
+        completed_ = requested;
         done_.notify_all();
-        wake_.wait_for(lock, look_interval, [&] { return asked_ != rounds_; });
+        wake_.wait_for(lock, look_interval, [&] { return requested_ != completed_; });
     }
 }
 
@@ -123,10 +128,10 @@ void Framework::deliver_waiting() {
     std::unique_lock lock(mutex_);
     if (!started_ || thread_id_ == std::this_thread::get_id())
         return;
-    const uint64_t mine = ++asked_;
+    const uint64_t mine = ++requested_;
     wake_.notify_all();
     /* Bounded: a callback may itself wait for the caller. */
-    done_.wait_for(lock, std::chrono::seconds(1), [&] { return rounds_ >= mine; });
+    done_.wait_for(lock, std::chrono::seconds(1), [&] { return completed_ >= mine; });
 }
 
 std::vector<std::shared_ptr<Client>> Framework::snapshot() {
@@ -143,22 +148,22 @@ bool Framework::registered(const Client& client) const {
 }
 
 void Framework::look() {
-    tell_restart();
-    tell_services();
-    tell_indications();
+    report_restart();
+    report_services();
+    report_indications();
 }
 
-void Framework::tell_restart() {
+void Framework::report_restart() {
     const uint32_t restarts = restart_count();
     for (const std::shared_ptr<Client>& client : snapshot()) {
         qmi_client_error_cb cb = nullptr;
         void* data = nullptr;
         {
             const std::lock_guard guard(mutex_);
-            if (!registered(*client) || client->notifier || client->told_gone ||
+            if (!registered(*client) || client->notifier || client->reported_gone ||
                 client->born == restarts || client->error_cb == nullptr)
                 continue;
-            client->told_gone = true;
+            client->reported_gone = true;
             cb = client->error_cb;
             data = client->error_cb_data;
         }
@@ -166,7 +171,7 @@ void Framework::tell_restart() {
     }
 }
 
-void Framework::tell_services() {
+void Framework::report_services() {
     for (const std::shared_ptr<Client>& client : snapshot()) {
         if (!client->notifier)
             continue;
@@ -190,12 +195,12 @@ void Framework::tell_services() {
             if (client->notify_cb == nullptr)
                 continue;
             /* A restart that was over before it was seen is told all the same. */
-            if (client->told_up && (!up || client->told_restarts != restarts))
+            if (client->reported_up && (!up || client->reported_restarts != restarts))
                 events.push_back(QMI_CLIENT_SERVICE_COUNT_DEC);
-            if (up && (!client->told_up || client->told_restarts != restarts))
+            if (up && (!client->reported_up || client->reported_restarts != restarts))
                 events.push_back(QMI_CLIENT_SERVICE_COUNT_INC);
-            client->told_up = up;
-            client->told_restarts = restarts;
+            client->reported_up = up;
+            client->reported_restarts = restarts;
             cb = client->notify_cb;
             data = client->notify_cb_data;
         }
@@ -204,7 +209,7 @@ void Framework::tell_services() {
     }
 }
 
-void Framework::tell_indications() {
+void Framework::report_indications() {
     if (!indications_wait())
         return;
     delivering_ = true; /* before the files go */

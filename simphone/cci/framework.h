@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -37,9 +36,9 @@ struct Client {
     void* error_cb_data = nullptr;
     qmi_client_notify_cb notify_cb = nullptr;
     void* notify_cb_data = nullptr;
-    bool told_gone = false;
-    bool told_up = false;
-    uint32_t told_restarts = 0; /* restarts of the modem when told_up was true last */
+    bool reported_gone = false;
+    bool reported_up = false;
+    uint32_t reported_restarts = 0; /* restarts of the modem when reported_up was true last */
 };
 
 /* Never destroyed: its thread may still run when the process ends. */
@@ -47,12 +46,14 @@ class Framework {
   public:
     static Framework& instance();
 
-    /* Handles are small fixed numbers: 1, 2, 3... in the order of creation. */
+    /* Handles are small fixed numbers: 1, 2, 3... in the order of creation. Throws, and adds
+     * nothing, when there is no memory or thread for it. */
     qmi_client_type add(const std::shared_ptr<Client>& client);
     std::shared_ptr<Client> find(qmi_client_type handle);
     bool remove(qmi_client_type handle);
 
-    /* Runs change(client) under the framework's mutex and makes sure that its thread runs. */
+    /* Runs change(client) under the framework's mutex and makes sure that its thread runs; without
+     * a thread it throws and changes nothing. */
     bool change(qmi_client_type handle, const std::function<void(Client&)>& change);
 
     /* Looks at restarts, services and waiting indications now, on the framework's thread, and waits
@@ -68,9 +69,9 @@ class Framework {
     void start_thread();
     void run();
     void look(); /* one round on the framework's thread */
-    void tell_restart();
-    void tell_services();
-    void tell_indications();
+    void report_restart();
+    void report_services();
+    void report_indications();
     std::vector<std::shared_ptr<Client>> snapshot();
     bool registered(const Client& client) const; /* the mutex is held */
 
@@ -81,8 +82,8 @@ class Framework {
     uintptr_t last_handle_ = 0;
     bool started_ = false;
     std::thread::id thread_id_;
-    uint64_t asked_ = 0;
-    uint64_t rounds_ = 0;
+    uint64_t requested_ = 0; /* looks at the phone that somebody waits for */
+    uint64_t completed_ = 0;
     std::atomic<bool> delivering_{false};
 };
 

@@ -7,7 +7,9 @@
 #include <string>
 
 #include "modem/nvefs.h"
+#include "phone/complaint.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -99,13 +101,19 @@ bool all_hex(const std::string& name) {
            std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isxdigit(c); });
 }
 
+/* Tells of a file in the folder that nothing ever reads; hidden files and an editor's may lie. */
+void check_name(const std::string& name) {
+    const bool known = all_hex(name.substr(0, name.find('.'))) || is_setting("diag/" + name) ||
+                       name == "log_stream" || name == "event_stream";
+    if (!known && name[0] != '.' && name.back() != '~')
+        complain("diag/" + name, 0, "neither a setting nor the first bytes of a packet in hex");
+}
+
 /* Name of the file with the longest prefix of the packet; empty when there is none. */
 std::string longest_prefix(ByteView packet) {
     std::string longest;
-    std::error_code error;
-    for (fs::directory_iterator it(root() / "diag", error), end; !error && it != end;
-         it.increment(error)) {
-        const std::string name = it->path().filename().string();
+    for (const std::string& name : list_folder("diag")) {
+        check_name(name);
         if (!all_hex(name) || name.size() <= longest.size() || name.size() / 2 > packet.size())
             continue;
         const Bytes prefix = from_hex(name);
@@ -120,7 +128,6 @@ std::string longest_prefix(ByteView packet) {
 std::vector<Bytes> answers_to(ByteView packet) {
     if (packet.empty())
         return {};
-    const Lock lock;
     std::vector<Bytes> answers;
     const fs::path folder = "diag";
     if (const std::string name = longest_prefix(packet); !name.empty()) {

@@ -22,8 +22,11 @@
 #include "answers.h"
 #include "library.h"
 #include "modem/modem.h"
+#include "phone/complaint.h"
 #include "phone/faults.h"
+#include "phone/guarded.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 using namespace simphone;
 
@@ -35,12 +38,14 @@ constexpr int failure = -1;
 
 /* What a call that no fault stopped returns, or the fault's result. */
 template <typename Call> int callback_call(const char* name, Call call) {
-    const std::optional<Fault> fault = platform_call(name);
-    if (fault && fault->kind == Fault::Kind::late)
-        std::this_thread::sleep_for(milliseconds(fault->number()));
-    else if (fault)
-        return static_cast<int>(fault->number_or(failure));
-    return call() ? 0 : failure;
+    return guarded(failure, [&] {
+        const std::optional<Fault> fault = platform_call(name);
+        if (fault && fault->kind != Fault::Kind::late)
+            return fault->result_or(failure);
+        if (fault)
+            std::this_thread::sleep_for(milliseconds(fault->late_ms()));
+        return call() ? 0 : failure;
+    });
 }
 
 int dci_result(int result) {
@@ -53,49 +58,57 @@ template <typename Call> int dci_call(const char* name, Call call) {
     return dci_result(result == 0 ? DIAG_DCI_NO_ERROR : result);
 }
 
-constexpr size_t lengthy_by = 64;
-
-void spoil(const Fault& fault, Bytes& answer) {
-    switch (fault.kind) {
-    case Fault::Kind::empty:
-        answer.clear();
-        break;
-    case Fault::Kind::cut:
-        answer.resize(answer.size() / 2);
-        break;
-    case Fault::Kind::lengthy:
-        answer.resize(answer.size() + lengthy_by, 0xA5);
-        break;
-    case Fault::Kind::garbage:
-        for (size_t i = 0; i < answer.size(); ++i)
-            answer[i] = static_cast<uint8_t>(i * 167 + 13);
-        break;
-    default:
-        break;
-    }
-}
-
 bool lost(const std::optional<Fault>& fault) {
     if (fault && fault->kind == Fault::Kind::restart)
         restart_modem();
     return fault && (fault->kind == Fault::Kind::timeout || fault->kind == Fault::Kind::restart);
 }
 
-/* Puts the answers to a packet on their way, each a copy of the pattern with its bytes. */
+/* What one packet may set in motion, so that a slip in a setting does not take all memory. */
+constexpr size_t most_deliveries = 20000;
+
+/* Appends an answer's copies in chunks, each a copy of the pattern with its bytes; due moves on. */
+void append_answer(Library::Deliveries& deliveries, Library::Clock::time_point& due,
+                   const Delivery& pattern, const Bytes& answer, size_t chunk) {
+    const milliseconds gap(setting_number("diag/gap_ms"));
+    const int64_t repeat = setting_number("diag/repeat");
+    for (int64_t i = 0; i < repeat; ++i) {
+        size_t at = 0;
+        do {
+            if (deliveries.size() >= most_deliveries) {
+                complain("diag", 0,
+                         "repeat and chunk make more than " + std::to_string(most_deliveries) +
+                             " pieces of one packet's answers, the rest is left out");
+                return;
+            }
+            const size_t left = answer.size() - at;
+            const size_t n = chunk == 0 ? left : std::min(chunk, left);
+            Delivery delivery = pattern;
+            delivery.bytes.assign(answer.begin() + static_cast<ptrdiff_t>(at),
+                                  answer.begin() + static_cast<ptrdiff_t>(at + n));
+            deliveries.emplace(due, std::move(delivery));
+            due += gap;
+            at += n;
+        } while (at < answer.size());
+    }
+}
+
+/* Puts the answers to a packet on their way. */
 void answer_packet(ByteView packet, const Delivery& pattern, size_t chunk,
                    const std::optional<Fault>& fault) {
-    if (lost(fault) || setting_number("diag/silent", 0) != 0)
+    if (lost(fault) || setting_number("diag/silent") != 0)
         return;
     std::vector<Bytes> answers = answers_to(packet);
     if (fault && fault->kind == Fault::Kind::reply)
-        answers = {from_hex(fault->argument)};
+        answers = {reply_bytes(*fault)};
     else if (fault)
         for (Bytes& answer : answers)
             spoil(*fault, answer);
 
-    auto due = Library::Clock::now() + milliseconds(setting_number("diag/delay_ms", 5));
-    if (fault && fault->kind == Fault::Kind::late)
-        due += milliseconds(fault->number());
+    auto due = Library::Clock::now() + milliseconds(setting_number("diag/delay_ms"));
+    if (fault)
+        due += milliseconds(fault->late_ms());
+    Library::Deliveries deliveries;
     if (pattern.kind == Delivery::Kind::dci_response) {
         for (const auto& [file, kind] :
              {std::pair("diag/log_stream", Delivery::Kind::dci_log),
@@ -104,32 +117,16 @@ void answer_packet(ByteView packet, const Delivery& pattern, size_t chunk,
                 Delivery delivery = pattern;
                 delivery.kind = kind;
                 delivery.bytes = *bytes;
-                Library::instance().deliver(due, delivery);
+                deliveries.emplace(due, std::move(delivery));
             }
         }
     }
-    const milliseconds gap(setting_number("diag/gap_ms", 0));
-    const long repeat = setting_number("diag/repeat", 1);
-    for (const Bytes& answer : answers) {
-        for (long i = 0; i < repeat; ++i) {
-            size_t at = 0;
-            do {
-                const size_t left = answer.size() - at;
-                const size_t n = chunk == 0 ? left : std::min(chunk, left);
-                Delivery delivery = pattern;
-                delivery.bytes.assign(answer.begin() + static_cast<ptrdiff_t>(at),
-                                      answer.begin() + static_cast<ptrdiff_t>(at + n));
-                Library::instance().deliver(due, delivery);
-                due += gap;
-                at += n;
-            } while (at < answer.size());
-        }
-    }
+    for (const Bytes& answer : answers)
+        append_answer(deliveries, due, pattern, answer, chunk);
+    Library::instance().deliver(std::move(deliveries));
 }
 
-size_t setting_size(const char* name, long default_value) {
-    return static_cast<size_t>(std::max(0L, setting_number(name, default_value)));
-}
+size_t setting_size(const char* name) { return static_cast<size_t>(setting_number(name)); }
 
 std::string command_name(const unsigned char* buf, int len) {
     char text[16] = "none";
@@ -156,7 +153,7 @@ ByteView take_packet(const unsigned char* buf, int len) {
 
 bool Diag_LSM_Init(unsigned char*) {
     return callback_call("Diag_LSM_Init", [] {
-               if (!usable())
+               if (!ensure_phone())
                    return false;
                Library::instance().up();
                return true;
@@ -192,27 +189,29 @@ int diag_has_remote_device(uint16_t* remote_mask) {
     return callback_call("diag_has_remote_device", [remote_mask] {
         if (remote_mask == nullptr || !Library::instance().is_up())
             return false;
-        *remote_mask = static_cast<uint16_t>(setting_number("diag/remote_mask", 0));
+        *remote_mask = static_cast<uint16_t>(setting_number("diag/remote_mask"));
         return true;
     });
 }
 
 int diag_callback_send_data(int proc, unsigned char* buf, int len) {
-    const std::optional<Fault> fault =
-        platform_call("diag_callback_send_data", command_name(buf, len));
-    if (refuses(fault))
-        return static_cast<int>(fault->number_or(failure));
-    if (proc != 0 || !Library::instance().is_up())
-        return failure;
-    const ByteView packet = take_packet(buf, len);
-    if (packet.empty())
-        return failure;
-    const std::string from = setting("diag/from", "0");
-    Delivery pattern;
-    pattern.no_context = from == "none";
-    pattern.processor = std::atoi(from.c_str());
-    answer_packet(packet, pattern, setting_size("diag/callback_chunk", 0), fault);
-    return 0;
+    return guarded(failure, [=] {
+        const std::optional<Fault> fault =
+            platform_call("diag_callback_send_data", command_name(buf, len));
+        if (refuses(fault))
+            return fault->result_or(failure);
+        if (proc != 0 || !Library::instance().is_up())
+            return failure;
+        const ByteView packet = take_packet(buf, len);
+        if (packet.empty())
+            return failure;
+        const std::string from = setting("diag/from");
+        Delivery pattern;
+        pattern.no_context = from == "none";
+        pattern.processor = static_cast<int>(whole_number(from).value_or(0));
+        answer_packet(packet, pattern, setting_size("diag/callback_chunk"), fault);
+        return 0;
+    });
 }
 
 int diag_register_dci_client(int* client_id, uint16_t* peripherals, int proc, void* os_params) {
@@ -233,7 +232,7 @@ int diag_get_dci_support_list_proc(int proc, uint16_t* peripherals) {
     return dci_call("diag_get_dci_support_list_proc", [=] {
         if (proc != 0 || peripherals == nullptr || !Library::instance().is_up())
             return false;
-        *peripherals = static_cast<uint16_t>(setting_number("diag/peripherals", DIAG_CON_MPSS));
+        *peripherals = static_cast<uint16_t>(setting_number("diag/peripherals"));
         return true;
     });
 }
@@ -246,27 +245,31 @@ int diag_register_dci_stream_proc(int client_id, diag_dci_stream_cb log_cb,
 
 int diag_send_dci_async_req(int client_id, unsigned char buf[], int len, unsigned char* rsp,
                             int rsp_len, diag_dci_response_cb cb, void* context) {
-    const std::optional<Fault> fault =
-        platform_call("diag_send_dci_async_req", command_name(buf, len));
-    if (refuses(fault))
-        return dci_result(static_cast<int>(fault->number_or(failure)));
-    if (!Library::instance().has_client(client_id) || rsp == nullptr || rsp_len <= 0)
-        return dci_result(failure);
-    const ByteView packet = take_packet(buf, len);
-    if (packet.empty())
-        return dci_result(failure);
-    Delivery pattern;
-    pattern.kind = Delivery::Kind::dci_response;
-    pattern.client = client_id;
-    pattern.response = cb;
-    pattern.response_context = context;
-    pattern.area = rsp;
-    pattern.area_size = static_cast<size_t>(rsp_len);
-    answer_packet(packet, pattern, setting_size("diag/dci_chunk", 4096), fault);
-    return dci_result(DIAG_DCI_NO_ERROR);
+    return dci_result(guarded(failure, [=] {
+        const std::optional<Fault> fault =
+            platform_call("diag_send_dci_async_req", command_name(buf, len));
+        if (refuses(fault))
+            return fault->result_or(failure);
+        if (!Library::instance().has_client(client_id) || rsp == nullptr || rsp_len <= 0)
+            return failure;
+        const ByteView packet = take_packet(buf, len);
+        if (packet.empty())
+            return failure;
+        Delivery pattern;
+        pattern.kind = Delivery::Kind::dci_response;
+        pattern.client = client_id;
+        pattern.response = cb;
+        pattern.response_context = context;
+        pattern.area = rsp;
+        pattern.area_size = static_cast<size_t>(rsp_len);
+        answer_packet(packet, pattern, setting_size("diag/dci_chunk"), fault);
+        return static_cast<int>(DIAG_DCI_NO_ERROR);
+    }));
 }
 
 int diag_release_dci_client(int* client_id) {
-    const bool known = client_id != nullptr && Library::instance().remove_client(*client_id);
+    const bool known = guarded(false, [client_id] {
+        return client_id != nullptr && Library::instance().remove_client(*client_id);
+    });
     return dci_call("diag_release_dci_client", [known] { return known; });
 }

@@ -4,7 +4,9 @@
 #include <cstring>
 #include <thread>
 
+#include "phone/guarded.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -23,7 +25,7 @@ void Library::up() {
 }
 
 void Library::down() {
-    const bool loose = setting_number("diag/loose", 0) != 0;
+    const bool loose = setting_number("diag/loose") != 0;
     std::unique_lock lock(mutex_);
     up_ = false;
     callbacks_.clear();
@@ -75,7 +77,7 @@ bool Library::set_streams(int id, diag_dci_stream_cb log, diag_dci_stream_cb eve
 }
 
 bool Library::remove_client(int id) {
-    const bool loose = setting_number("diag/loose", 0) != 0;
+    const bool loose = setting_number("diag/loose") != 0;
     std::unique_lock lock(mutex_);
     const bool known = clients_.erase(id) == 1;
     if (!loose)
@@ -88,15 +90,15 @@ void Library::wait_for_callback(std::unique_lock<std::mutex>& lock) {
     idle_.wait_for(lock, std::chrono::seconds(1), [this] { return !delivering_; });
 }
 
-void Library::deliver(Clock::time_point due, Delivery delivery) {
+void Library::deliver(Deliveries deliveries) {
     const std::lock_guard lock(mutex_);
-    delivery.session = session_;
-    queue_.emplace(due, std::move(delivery));
-    wake_.notify_one();
-    if (!started_) {
-        started_ = true;
+    if (!started_)
         std::thread([this] { run(); }).detach();
-    }
+    started_ = true;
+    for (auto& [due, delivery] : deliveries)
+        delivery.session = session_;
+    queue_.merge(deliveries);
+    wake_.notify_one();
 }
 
 void Library::run() {
@@ -113,25 +115,24 @@ void Library::run() {
         }
         auto first = queue_.extract(queue_.begin());
         lock.unlock();
-        hand_over(first.mapped());
+        /* Without memory for it a packet is lost. */
+        guarded(false, [&] { return hand_over(first.mapped()); });
         lock.lock();
+        delivering_ = false;
+        idle_.notify_all();
     }
 }
 
-void Library::hand_over(Delivery& delivery) {
-    const std::string hex = to_hex(delivery.bytes);
+bool Library::hand_over(Delivery& delivery) {
     std::unique_lock lock(mutex_);
     const bool taken = up_ && delivery.session == session_ &&
                        (delivery.kind == Delivery::Kind::packet ? hand_over_packet(lock, delivery)
                                                                 : hand_over_dci(lock, delivery));
     if (!taken) {
         lock.unlock();
-        log_line("diag", "lost " + hex);
-        return;
+        log_line("diag", "lost " + to_hex(delivery.bytes));
     }
-    lock.lock();
-    delivering_ = false;
-    idle_.notify_all();
+    return taken;
 }
 
 namespace {

@@ -37,6 +37,7 @@ struct Delivery {
 class Library {
   public:
     using Clock = std::chrono::steady_clock;
+    using Deliveries = std::multimap<Clock::time_point, Delivery>; /* by when they are due */
 
     static Library& instance();
 
@@ -57,7 +58,8 @@ class Library {
     bool set_streams(int id, diag_dci_stream_cb log, diag_dci_stream_cb event);
     bool remove_client(int id);
 
-    void deliver(Clock::time_point due, Delivery delivery);
+    /* All of them or, when there is no memory or thread for it, none: it throws. */
+    void deliver(Deliveries deliveries);
 
   private:
     struct Callback {
@@ -72,7 +74,7 @@ class Library {
 
     Library() = default;
     void run();
-    void hand_over(Delivery& delivery);
+    bool hand_over(Delivery& delivery); /* false when it reached nobody */
     bool hand_over_packet(std::unique_lock<std::mutex>& lock, Delivery& delivery);
     bool hand_over_dci(std::unique_lock<std::mutex>& lock, Delivery& delivery);
     void wait_for_callback(std::unique_lock<std::mutex>& lock);
@@ -88,7 +90,7 @@ class Library {
     std::map<int, Callback> callbacks_; /* by processor */
     std::map<int, Client> clients_;
     int last_client_ = 0;
-    std::multimap<Clock::time_point, Delivery> queue_;
+    Deliveries queue_;
 };
 
 } // namespace simphone

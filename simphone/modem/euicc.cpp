@@ -7,7 +7,9 @@
 #include "modem/modem.h"
 #include "modem/sim_cards.h"
 #include "modem/tlv.h"
+#include "phone/complaint.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -16,8 +18,6 @@ namespace {
 constexpr const char* default_eid = "89001000000000000000000001234502";
 constexpr const char* default_profiles = "89001000000000012341 operational demo";
 constexpr size_t eid_size = 16;
-constexpr long default_max_channels = 3;
-constexpr long most_channels = 19; /* what a card can number */
 
 constexpr uint8_t isd_r[] = {0xA0, 0x00, 0x00, 0x05, 0x59, 0x10, 0x10, 0xFF,
                              0xFF, 0xFF, 0xFF, 0x89, 0x00, 0x00, 0x01, 0x00};
@@ -34,10 +34,17 @@ enum : uint16_t {
     sw_wrong_class = 0x6E00,
 };
 
-bool ready(uint32_t slot) { return euicc_ready(slot, setting_number("euicc/boot_ms", 0)); }
+bool ready(uint32_t slot) { return euicc_ready(slot, setting_number("euicc/boot_ms")); }
 
 Bytes stored_eid() {
-    Bytes eid = from_hex(setting("euicc/eid", default_eid));
+    const std::string text = setting_text("euicc/eid", default_eid);
+    Bytes eid = from_hex(text); /* blanks allowed */
+    const auto digits =
+        text.size() - static_cast<size_t>(std::count(text.begin(), text.end(), ' '));
+    /* Any length up to that of an EID is told as it is: none, or a part, is a fault to try out. */
+    if (eid.size() > eid_size || digits != 2 * eid.size())
+        complain("euicc/eid", 1,
+                 "'" + text + "' is no EID (32 digits, or none), what can be read of it is used");
     eid.resize(std::min(eid.size(), eid_size));
     return eid;
 }
@@ -45,13 +52,17 @@ Bytes stored_eid() {
 /* ---- channels ---- */
 
 std::vector<uint8_t> open_channels() {
-    std::istringstream lines(setting("euicc/channels", ""));
-    const uint32_t restarts = restart_count();
+    static const std::string file = "euicc/channels";
+    const std::vector<Word> words = setting_words(file, "");
+    if (words.size() % 2 != 0)
+        complain(file, words.back().line, "a channel without the restarts when it was opened");
     std::vector<uint8_t> channels;
-    uint32_t channel = 0, opened_at = 0;
-    while (lines >> channel >> opened_at)
-        if (opened_at == restarts)
+    for (size_t i = 0; i + 1 < words.size(); i += 2) {
+        const int64_t channel = number_within(file, words[i], {1, 19}, 0);
+        if (channel != 0 &&
+            number_within(file, words[i + 1], {0, UINT32_MAX}, 0) == restart_count())
             channels.push_back(static_cast<uint8_t>(channel));
+    }
     return channels;
 }
 
@@ -88,15 +99,20 @@ Bytes memory_reset(ByteView value) {
     if (value.size() != 4 || value[0] != 0x82 || value[1] != 2 || value[2] > 7)
         return reply({}, sw_wrong_data);
     const uint8_t options = value[3];
-    std::istringstream lines(setting("euicc/profiles", default_profiles));
+    std::istringstream lines(setting_text("euicc/profiles", default_profiles));
     std::string kept;
     uint8_t result = reset_result_nothing;
+    int number = 0;
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words(line);
         std::string iccid, kind;
+        ++number;
         if (!(words >> iccid))
             continue;
         words >> kind;
+        if (kind != "test" && kind != "operational")
+            complain("euicc/profiles", number,
+                     "'" + kind + "' is neither operational nor test, taken for operational");
         if ((options & (kind == "test" ? reset_test : reset_operational)) != 0)
             result = reset_result_ok;
         else
@@ -174,8 +190,7 @@ OpenedChannel open_channel(uint32_t slot, ByteView aid, bool with_fci) {
         return opened;
     }
     std::vector<uint8_t> channels = open_channels();
-    const long limit =
-        std::clamp(setting_number("euicc/max_channels", default_max_channels), 0L, most_channels);
+    const int64_t limit = setting_number("euicc/max_channels");
     uint8_t free_one = 1;
     while (free_one <= limit && is_open(channels, free_one))
         ++free_one;

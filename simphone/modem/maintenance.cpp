@@ -4,9 +4,12 @@
 #include <cerrno>
 #include <filesystem>
 
+#include <sys/stat.h>
+
 #include "modem/modem.h"
 #include "modem/nvefs.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -19,16 +22,18 @@ constexpr const char* tx_antenna_file = "/nv/item_files/modem/antenna/ant_tx_con
 constexpr uint64_t gpio_max = 50;
 constexpr size_t tx_antenna_size = 16;
 
-/* What stands in the phone's folder, one name and size a line. */
-std::string inventory(const char* folder) {
-    std::string text;
-    std::error_code error;
-    for (fs::recursive_directory_iterator it(root() / folder, error), end; !error && it != end;
-         it.increment(error))
-        if (std::error_code ignored; it->is_regular_file(ignored))
-            text += it->path().lexically_relative(root()).string() + " " +
-                    std::to_string(it->file_size(ignored)) + "\n";
-    return text;
+/* Appends what stands in the phone's folder and those below it, one name and size a line. */
+void append_inventory(std::string& text, const fs::path& folder) {
+    for (const std::string& name : list_folder(folder)) {
+        struct stat info {};
+        const fs::path entry = folder / name;
+        if (::lstat((root() / entry).c_str(), &info) != 0)
+            continue;
+        if (S_ISDIR(info.st_mode))
+            append_inventory(text, entry);
+        else if (S_ISREG(info.st_mode))
+            text += entry.string() + " " + std::to_string(info.st_size) + "\n";
+    }
 }
 
 } // namespace
@@ -39,12 +44,14 @@ int32_t typed_restart(ByteView, Bytes&) {
 }
 
 int32_t typed_full_dump(ByteView, Bytes&) {
-    const std::string text = "modem full dump\nrestarts " + std::to_string(restart_count()) +
-                             "\ntime " + std::to_string(now_ms()) + "\n" + inventory("nv") +
-                             inventory("efs");
+    std::string text = "modem full dump\nrestarts " + std::to_string(restart_count()) + "\ntime " +
+                       std::to_string(now_ms()) + "\n";
+    append_inventory(text, "nv");
+    append_inventory(text, "efs");
     int number = 1;
     const auto name = [&] { return fs::path("dump") / (std::to_string(number) + ".txt"); };
-    while (fs::exists(root() / name()))
+    /* Where the folder can't be searched nothing exists, and the write tells what is wrong. */
+    for (std::error_code error; fs::exists(root() / name(), error);)
         ++number;
     write_text(name(), text);
     restart_modem();
@@ -52,7 +59,7 @@ int32_t typed_full_dump(ByteView, Bytes&) {
 }
 
 int32_t typed_nv_sync(ByteView, Bytes&) {
-    write_text("nv_syncs", std::to_string(setting_number("nv_syncs", 0) + 1));
+    write_text("nv_syncs", std::to_string(setting_number("nv_syncs") + 1));
     return 0;
 }
 

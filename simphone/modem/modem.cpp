@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <sstream>
+#include <iterator>
+#include <vector>
 
+#include "phone/complaint.h"
+#include "phone/lock.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -41,17 +45,29 @@ struct Restart {
 
 Restart read_restart() {
     Restart restart;
-    if (const std::optional<Bytes> bytes = read_file("restart"))
-        std::istringstream(std::string(bytes->begin(), bytes->end())) >> restart.count >>
-            restart.until;
+    const std::optional<Bytes> bytes = read_file("restart");
+    const std::vector<Word> words =
+        bytes ? words_of(std::string(bytes->begin(), bytes->end())) : std::vector<Word>();
+    if (!words.empty())
+        restart.count =
+            static_cast<uint32_t>(number_within("restart", words[0], {0, UINT32_MAX}, 0));
+    if (words.size() > 1)
+        restart.until = number_within("restart", words[1], times, 0);
     return restart;
 }
 
-constexpr long default_restart_ms = 500;
-constexpr long most_restart_ms = 24L * 60 * 60 * 1000;
+int64_t restart_ms() { return setting_number("restart_ms"); }
 
-int64_t restart_ms() {
-    return std::clamp(setting_number("restart_ms", default_restart_ms), 0L, most_restart_ms);
+/* True when the phone's file names the service; names that are no service's are told. */
+bool named_up(const char* name) {
+    bool up = false;
+    for (const Word& word : setting_words("services", all_services)) {
+        if (!is_service(word.text))
+            complain("services", word.line,
+                     "no service is named '" + word.text + "'; those there are: " + all_services);
+        up = up || word.text == name;
+    }
+    return up;
 }
 
 } // namespace
@@ -64,17 +80,18 @@ std::string service_name(uint32_t service_id) {
     return text;
 }
 
+bool is_service(const std::string& name) {
+    return std::any_of(std::begin(services), std::end(services),
+                       [&](const ServiceRow& row) { return name == row.name; });
+}
+
 bool service_up(uint32_t service_id) {
     const ServiceRow* row = find_service(service_id);
     if (row == nullptr || !exists())
         return false;
     if (const int64_t left = read_restart().until - now_ms(); left > 0 && left <= restart_ms())
         return false;
-    std::istringstream names(setting("services", all_services));
-    for (std::string name; names >> name;)
-        if (name == row->name)
-            return true;
-    return false;
+    return named_up(row->name);
 }
 
 std::unique_ptr<Service> make_service(uint32_t service_id) {

@@ -25,6 +25,9 @@ class Service {
  * when the modem has no such service. */
 std::string service_name(uint32_t service_id);
 
+/* True for the short name of a service that the modem has. */
+bool is_service(const std::string& name);
+
 /* A service is up when the modem has it, the phone's file "services" names it and no restart is
  * under way. */
 bool service_up(uint32_t service_id);

@@ -1,9 +1,7 @@
-/* The SAR service. In the phone's directory:
- *
- *     sar/dsi   index of the back-off table in force (0); "none": the answer holds no state */
+/* The SAR service. */
 #include "modem/modem.h"
 
-#include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -18,8 +16,8 @@ class SarService : public Service {
         if (msg_id != msg_rf_get_state)
             return response.result(QMI_ERR_INVALID_QMI_CMD).take();
         response.result(QMI_ERR_NONE);
-        if (const std::string dsi = setting("sar/dsi", "0"); dsi != "none")
-            response.number(0x10, static_cast<uint64_t>(number_of(dsi)), 4);
+        if (const std::string dsi = setting("sar/dsi"); dsi != "none")
+            response.number(0x10, static_cast<uint64_t>(whole_number(dsi).value_or(0)), 4);
         return response.take();
     }
 };

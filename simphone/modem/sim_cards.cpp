@@ -4,10 +4,13 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "modem/euicc.h"
 #include "modem/modem.h"
+#include "phone/complaint.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -19,9 +22,7 @@ std::string slot_file(uint32_t slot, const char* ending = "") {
     return "sim/" + std::to_string(slot) + ending;
 }
 
-bool in_tray(uint32_t slot) {
-    return slot != euicc_slot || setting("sim/2.kind", "euicc") == "psim";
-}
+bool in_tray(uint32_t slot) { return slot != euicc_slot || setting("sim/2.kind") == "psim"; }
 
 struct Power {
     bool on = false;
@@ -29,14 +30,15 @@ struct Power {
 };
 
 Power power_of(uint32_t slot) {
-    std::istringstream words(setting(slot_file(slot, ".power"), "on"));
-    std::string word;
-    int64_t number = 0;
-    words >> word;
-    const bool numbered = static_cast<bool>(words >> number);
-    if (word == "off")
+    const std::string file = slot_file(slot, ".power");
+    const std::vector<Word> words = setting_words(file, "on");
+    const bool numbered = words.size() > 1;
+    const int64_t number = numbered ? number_within(file, words[1], times, 0) : 0;
+    if (!words.empty() && words[0].text == "off")
         return {numbered && number != restart_count(), restarted_ms()};
-    return {true, std::max<int64_t>({number, restarted_ms(), 0})}; /* a restart powers up anew */
+    if (words.empty() || words[0].text != "on")
+        complain(file, 1, "neither on nor off, taken for on");
+    return {true, std::max(number, restarted_ms())}; /* a restart powers up anew */
 }
 
 struct Detect {
@@ -46,24 +48,39 @@ struct Detect {
 };
 
 Detect detect_of(uint32_t slot) {
-    std::istringstream words(setting(slot_file(slot, ".detect"), "auto"));
-    std::string level, who;
-    words >> level >> who;
-    return {level == "low" || level == "high", level == "high", who == "sim"};
+    const std::string file = slot_file(slot, ".detect");
+    const std::string text = setting_text(file, "auto");
+    const std::vector<Word> words = words_of(text);
+    const std::string level = words.empty() ? "" : words[0].text;
+    const std::string who = words.size() > 1 ? words[1].text : "general";
+    const bool forced = level == "low" || level == "high";
+    if ((!forced && level != "auto") || (who != "general" && who != "sim")) {
+        complain(file, 1,
+                 "'" + text + "' can't be used (auto, or low or high and general or sim), taken " +
+                     "for auto");
+        return {};
+    }
+    return {forced, level == "high", who == "sim"};
 }
 
 /* False while a running test has the tray pulled. A round begins with the pull. */
 bool tray_is_in() {
-    std::istringstream words(setting("sim/hotswap", "stop"));
-    int64_t after_push = 0, after_pull = 0, count = 0, since = 0;
-    if (!(words >> after_push >> after_pull >> count >> since))
+    static const std::string file = "sim/hotswap";
+    const std::vector<Word> words = setting_words(file, "stop");
+    if (words.size() == 1 && words[0].text == "stop")
         return true;
-    constexpr int64_t most = UINT32_MAX;
-    after_push = std::clamp<int64_t>(after_push, 0, most);
-    after_pull = std::clamp<int64_t>(after_pull, 0, most);
-    since = std::max<int64_t>(since, 0);
+    if (words.size() != 4) {
+        complain(file, 1,
+                 "neither stop nor four numbers (seconds in, seconds out, count, since when in "
+                 "milliseconds), taken for stop");
+        return true;
+    }
+    constexpr Range u32 = {0, UINT32_MAX};
+    const int64_t after_push = number_within(file, words[0], u32, 0);
+    const int64_t after_pull = number_within(file, words[1], u32, 0);
+    const int64_t count = number_within(file, words[2], u32, 0);
     const int64_t round = (after_push + after_pull) * 1000;
-    const int64_t elapsed = now_ms() - since;
+    const int64_t elapsed = now_ms() - number_within(file, words[3], times, 0);
     if (round <= 0 || elapsed < 0 || elapsed / round >= count)
         return true;
     return elapsed % round >= after_pull * 1000;
@@ -71,7 +88,7 @@ bool tray_is_in() {
 
 /* What is in the slot, without power and detect line. */
 CardState content_of(uint32_t slot) {
-    const std::string text = setting(slot_file(slot), "present");
+    const std::string text = setting(slot_file(slot));
     if (in_tray(slot) && !tray_is_in())
         return CardState::absent;
     return text == "present" ? CardState::present
@@ -115,7 +132,7 @@ void start_hotswap_test(uint32_t seconds_after_push, uint32_t seconds_after_pull
 
 void stop_hotswap_test() { write_text("sim/hotswap", "stop"); }
 
-uint32_t card_type() { return static_cast<uint32_t>(setting_number("sim/type", 2)); }
+uint32_t card_type() { return static_cast<uint32_t>(setting_number("sim/type")); }
 
 void power_slot_down(uint32_t slot) {
     write_text(slot_file(slot, ".power"), "off " + std::to_string(restart_count()));

@@ -1,25 +1,31 @@
 #include "modem/stats_debug_info.h"
 
 #include <algorithm>
-#include <sstream>
+#include <optional>
 #include <string>
 
+#include "phone/complaint.h"
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
 namespace {
 
-constexpr long default_version = 4;
-
 /* The data of a reply: 512 bytes less the record's kind and result. */
 constexpr size_t data_max = 504;
 
 std::vector<uint16_t> log_codes() {
+    static const std::string name = "stats_debug/log_codes";
     std::vector<uint16_t> codes;
-    std::istringstream text(setting("stats_debug/log_codes", ""));
-    for (uint32_t code = 0; text >> std::hex >> code;)
-        codes.push_back(static_cast<uint16_t>(code));
+    for (const Word& word : setting_words(name, "")) {
+        const std::optional<int64_t> code = whole_number("0x" + word.text);
+        if (code && *code >= 0 && *code <= UINT16_MAX)
+            codes.push_back(static_cast<uint16_t>(*code));
+        else
+            complain(name, word.line,
+                     "'" + word.text + "' is no log code (hexadecimal, up to FFFF); left out");
+    }
     return codes;
 }
 
@@ -100,9 +106,9 @@ uint64_t value(const Field& field, const State& state) {
 
 int32_t stats_debug_info(ByteView, Bytes& reply) {
     const State state = {
-        .version = static_cast<uint8_t>(setting_number("stats_debug/version", default_version)),
-        .enabled = setting_number("stats_debug/enabled", 1) != 0 ? 1U : 0U,
-        .queries = static_cast<uint32_t>(setting_number("stats_debug/queries", 0)) + UINT64_C(1),
+        .version = static_cast<uint8_t>(setting_number("stats_debug/version")),
+        .enabled = setting_number("stats_debug/enabled") != 0 ? 1U : 0U,
+        .queries = static_cast<uint64_t>(setting_number("stats_debug/queries")) + 1,
         .bad_logs = log_codes().size(),
     };
     note_text("stats_debug/queries", std::to_string(state.queries));

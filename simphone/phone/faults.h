@@ -1,17 +1,12 @@
-/* Calls into the platform: each is written to the log, and the phone's file "faults" can make it
- * fail. One rule a line, "#" starts a comment:
- *
- *     CALL[:WHAT]  WHEN  ACTION [ARGUMENT]
- *
- * CALL:WHAT is a shell pattern over the call's name and, where it has one, its object: a QMI
- * message is SERVICE.0xID (vendor.0x02), a QMI client or notifier the service's name, a property
- * its key. Without ":" any object matches. WHEN is "*" for each matching call or N for the Nth one
- * in a process. The first rule that applies counts. */
+/* Calls into the platform: each is written to the log, and the rules in the phone's file "faults"
+ * can make it fail (docs/phone.md, "Faults"). */
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "phone/bytes.h"
 
 namespace simphone {
 
@@ -30,12 +25,24 @@ struct Fault {
     };
     Kind kind;
     std::string argument;
+    std::optional<int64_t> number; /* the argument, of an action that takes a number */
+    int line;                      /* of its rule */
 
-    long number() const;                 /* the argument as a number, 0 when there is none */
-    long number_or(long fallback) const; /* the same with another default */
+    /* The result of a call that fails by this. */
+    int result_or(int fallback) const { return static_cast<int>(number.value_or(fallback)); }
+    int64_t late_ms() const { return kind == Kind::late ? number.value_or(0) : 0; }
 };
 
-/* To be called once at the start of every platform call. */
-std::optional<Fault> platform_call(const std::string& call, const std::string& what = "");
+/* To be called once at the start of every platform call. timeout_ms: the time that the caller
+ * gives it, for the log. */
+std::optional<Fault> platform_call(const std::string& call, const std::string& what = "",
+                                   std::optional<int64_t> timeout_ms = std::nullopt);
+
+/* The bytes of a "reply". */
+Bytes reply_bytes(const Fault& fault);
+
+/* What empty, cut, garbage and, where an answer is one run of bytes, lengthy make of an answer. */
+void spoil(const Fault& fault, Bytes& answer);
+constexpr size_t lengthy_by = 64;
 
 } // namespace simphone

@@ -2,12 +2,14 @@
  *
  * KVT_PHONE names it; otherwise it is kvt/phone under $XDG_STATE_HOME (~/.local/state). It is made,
  * with what a fresh phone holds, at first use. Names below are relative to it. Changes are atomic
- * (written aside, then renamed) and serialised between processes and threads by Lock. */
+ * (written aside, then renamed) and serialised between processes and threads by Lock (lock.h). */
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "phone/bytes.h"
 
@@ -15,25 +17,17 @@ namespace simphone {
 
 std::filesystem::path root();
 
-/* True when the directory is there, or could be made. A phone that is not usable answers nothing.
- */
-bool usable();
-
 /* True when the directory is there; makes none. */
 bool exists();
 
-/* Holds the phone for this thread; may be nested. A phone that can't be written may have no lock
- * file to hold: then held() is false, and nothing is written. */
-class Lock {
-  public:
-    Lock();
-    ~Lock();
-    bool held() const;
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-};
+/* Makes the directory and what a fresh phone holds, where they are missing. False when there is no
+ * directory then: such a phone answers nothing. */
+bool ensure_phone();
 
 std::optional<Bytes> read_file(const std::filesystem::path& name);
+
+/* The names in a folder, sorted; none when it can't be read. */
+std::vector<std::string> list_folder(const std::filesystem::path& name);
 
 /* Returns 0 or an errno value; what was there before stays when it fails. */
 int write_file(const std::filesystem::path& name, ByteView bytes);
@@ -47,14 +41,6 @@ void note_text(const std::filesystem::path& name, const std::string& text);
  * file, since it was asked last; 0 when there was none. For requests whose answer has no room for
  * it. */
 int take_storage_error();
-
-/* A setting: the file's text without blanks around it. A missing file is made with the default; one
- * that is there but can't be read counts as the default and stays. */
-std::string setting(const std::filesystem::path& name, const std::string& default_text);
-long setting_number(const std::filesystem::path& name, long default_value);
-
-/* A number as a person writes it: decimal, or hexadecimal behind 0x. */
-long number_of(const std::string& text);
 
 /* Milliseconds since the epoch: what state files count time in. */
 int64_t now_ms();

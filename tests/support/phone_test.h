@@ -12,6 +12,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "scratch.h"
+
 class PhoneTest : public testing::Test {
   public:
     /* Runs action and returns what it printed on standard output. */
@@ -23,13 +25,7 @@ class PhoneTest : public testing::Test {
     }
 
   protected:
-    PhoneTest() {
-        std::string name = testing::TempDir() + "kvt-phone-XXXXXX";
-        if (::mkdtemp(name.data()) == nullptr)
-            std::abort();
-        dir_ = name;
-        ::setenv("KVT_PHONE", (dir_ / "phone").c_str(), 1);
-    }
+    PhoneTest() { ::setenv("KVT_PHONE", (dir_ / "phone").c_str(), 1); }
     ~PhoneTest() override {
         std::error_code ignored;
         std::filesystem::remove_all(dir_, ignored);
@@ -65,5 +61,5 @@ class PhoneTest : public testing::Test {
     }
 
   private:
-    std::filesystem::path dir_;
+    const std::filesystem::path dir_ = new_scratch_folder();
 };

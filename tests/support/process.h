@@ -1,13 +1,11 @@
 /* Runs a program and tells how it ended. */
 #pragma once
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -19,7 +17,7 @@
 struct ProcessResult {
     std::string output;     /* standard output */
     int status = 0;         /* as waitpid gives it */
-    bool timed_out = false; /* killed at its limit */
+    bool timed_out = false; /* killed by its alarm */
     long max_resident_kb = 0;
 };
 
@@ -34,10 +32,11 @@ inline std::string file_contents(const std::filesystem::path& path) {
  * standard error is dropped. */
 inline ProcessResult run_process(const std::string& program, std::vector<std::string> arguments,
                                  const std::vector<std::string>& environment,
-                                 const std::filesystem::path& output, int time_limit_s) {
+                                 const std::filesystem::path& output, unsigned time_limit_s) {
     const pid_t pid = ::fork();
     if (pid == 0) {
         ::setpgid(0, 0);
+        ::alarm(time_limit_s); /* outlives exec */
         for (const std::string& setting : environment)
             ::putenv(const_cast<char*>(setting.c_str()));
         ::dup2(::open(output.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0666), 1);
@@ -51,16 +50,10 @@ inline ProcessResult run_process(const std::string& program, std::vector<std::st
     }
     ProcessResult result;
     rusage usage{};
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(time_limit_s);
-    while (::wait4(pid, &result.status, WNOHANG, &usage) == 0) {
-        if (std::chrono::steady_clock::now() > until) {
-            ::kill(-pid, SIGKILL);
-            ::wait4(pid, &result.status, 0, &usage);
-            result.timed_out = true;
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    ::wait4(pid, &result.status, 0, &usage);
+    result.timed_out = WIFSIGNALED(result.status) && WTERMSIG(result.status) == SIGALRM;
+    if (result.timed_out)
+        ::kill(-pid, SIGKILL); /* and what it started */
     result.output = file_contents(output);
     result.max_resident_kb = usage.ru_maxrss;
     return result;

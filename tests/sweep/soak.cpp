@@ -8,10 +8,10 @@
 #include <map>
 #include <regex>
 #include <set>
-
-#include <stdlib.h>
+#include <thread>
 
 #include "process.h"
+#include "scratch.h"
 
 namespace {
 
@@ -61,10 +61,7 @@ int main(int argc, char** argv) {
     const std::string program = argv[1];
     const size_t runs = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 10000;
     const size_t jobs = argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 8;
-    std::string name = (fs::temp_directory_path() / "kvt-soak-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        return 2;
-    const fs::path work = name;
+    const fs::path work = new_scratch_folder();
     const std::vector<std::string> environment = {"KVT_PHONE=" + (work / "phone").string()};
 
     /* Once each, alone: makes every file that a run makes, and shows each run's memory. */

@@ -20,9 +20,8 @@
 #include <thread>
 #include <vector>
 
-#include <stdlib.h>
-
 #include "process.h"
+#include "scratch.h"
 
 namespace {
 
@@ -93,7 +92,7 @@ const std::vector<std::string> shortest_failures = {"garbage"}; /* at full lengt
 const std::regex told("[Ff]ail|FAIL|[Ee]rror|[Ii]nvalid|not |Unable|Could|time|-[0-9]|UNKNOWN|DOWN|"
                       "empty|stoped|vailid = 0");
 
-constexpr int time_limit_s = 40;
+constexpr unsigned time_limit_s = 40;
 
 std::string kvt_program, preload;
 fs::path work;
@@ -276,7 +275,7 @@ Row sweep(const Command& command, const fs::path& folder, bool brief) {
 
 int main(int argc, char** argv) {
     bool brief = false;
-    unsigned jobs = std::max(1u, std::thread::hardware_concurrency());
+    unsigned jobs = 4 * std::max(1u, std::thread::hardware_concurrency()); /* most runs wait */
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--short") == 0)
@@ -290,10 +289,7 @@ int main(int argc, char** argv) {
         return 2;
     kvt_program = words[0];
     preload = words[1];
-    std::string name = (fs::temp_directory_path() / "kvt-sweep-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        return 2;
-    work = name;
+    work = new_scratch_folder();
 
     std::vector<Row> rows(commands.size());
     std::atomic<size_t> taken{0};

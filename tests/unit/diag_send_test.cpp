@@ -52,6 +52,16 @@ TEST_F(DiagTest, TimeLimitsCountInTicks) {
     EXPECT_THAT(sent.text, Not(HasSubstr("cnt_of_100ms = 2")));
 }
 
+TEST_F(DiagTest, WaitThreadOfACallersOwnWatchesTheCurrentWait) {
+    int not_a_wait = 5;
+    void* result = &not_a_wait;
+    EXPECT_THAT(
+        printed([&] { result = orvik_diag_cmd_send_with_result_wait_thread_proc(&not_a_wait); }),
+        HasSubstr("cnt_of_100ms = 1"));
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(not_a_wait, 5);
+}
+
 /* Answers by size and chunk; a full DCI chunk of 4096 bytes announces more, so that such an answer
  * ends with the time and is a success. */
 TEST_F(DiagTest, AnswersOfEverySizeAndChunking) {

@@ -1,5 +1,6 @@
 #include "log_lines.h"
 
+#include <cerrno>
 #include <string>
 
 #include "phone_test.h"
@@ -30,6 +31,17 @@ TEST_F(LogLinesTest, BothFormsNameFunctionAndFile) {
     EXPECT_EQ(logged({"syslog 3 SUB[shell][log_lines_test.cpp:", "] logging_function: broken"}), 1);
     EXPECT_EQ(logged({"syslog 7 rild print is started"}), 1);
     EXPECT_EQ(logged({"call property_get:persist.vendor.radio.adb_log_ov"}), 1);
+}
+
+TEST_F(LogLinesTest, ALineLeavesErrnoAndTakesItsArgumentsOnce) {
+    int calls = 0;
+    printed([&] {
+        errno = ENOTTY;
+        ORVIK_DBG("call %d", ++calls);
+        ORVIK_ERR("call %d", ++calls);
+        EXPECT_EQ(errno, ENOTTY);
+    });
+    EXPECT_EQ(calls, 2);
 }
 
 TEST_F(LogLinesTest, WithBothFlagsOffOnlyErrorsAppear) {

@@ -17,8 +17,13 @@ TEST_F(StatsDebugInfoTest, BlockLengthsByVersion) {
         int version, main, diag;
     };
     printed([&] {
-        for (const Row& row :
-             {Row{0, 25, 43}, {1, 25, 67}, {2, 49, 87}, {3, 49, 95}, {4, 57, 95}, {255, 57, 95}}) {
+        for (const Row& row : {Row{-1, 25, 43},
+                               {0, 25, 43},
+                               {1, 25, 67},
+                               {2, 49, 87},
+                               {3, 49, 95},
+                               {4, 57, 95},
+                               {255, 57, 95}}) {
             EXPECT_EQ(orvik_modem_stats_main_info_unpk(data, row.version), row.main);
             EXPECT_EQ(orvik_modem_stats_diag_info_unpk(data, row.version), row.diag);
             EXPECT_EQ(orvik_modem_stats_cm_info_unpk(data, row.version), 58);

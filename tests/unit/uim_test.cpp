@@ -415,7 +415,7 @@ TEST_F(UimTest, ChannelsAreFewAndOutliveTheirClient) {
     }
     EXPECT_EQ(open(), -1);
     EXPECT_EQ(logged({"qmi uim rsp", "42000700"
-                                     "02040001004200"}),
+                                     "02040001004400"}),
               1);
     close(2);
     EXPECT_EQ(open(), 0);

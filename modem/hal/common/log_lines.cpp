@@ -1,6 +1,8 @@
 #include "log_lines.h"
 
+#include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 
 #include <syslog.h>
 
@@ -16,7 +18,35 @@ constexpr int print_flag_not_read = 2;
 /* Two threads that ask first at once may both read the property; they store the same. */
 std::atomic<int> g_print_flag{print_flag_not_read};
 
+void log_line(int priority, bool to_system_log, bool to_stdout, const char* fmt, va_list args) {
+    if (to_system_log) {
+        va_list copy;
+        va_copy(copy, args);
+        vsyslog(priority, fmt, copy);
+        va_end(copy);
+    }
+    if (to_stdout) {
+        va_arg(args, const char*); /* the file, which this form does not show */
+        const int line = va_arg(args, int);
+        const char* const function = va_arg(args, const char*);
+        flockfile(stdout); /* one line, whoever else prints */
+        std::printf("RIL[%s:%d]: ", function, line);
+        std::vprintf(fmt + sizeof ORVIK_LOG_PREFIX - 1, args);
+        std::putchar('\n');
+        funlockfile(stdout);
+    }
+}
+
 } // namespace
+
+void orvik_print(const char* fmt, ...) {
+    if (!orvik_stdout_print_on())
+        return;
+    va_list args;
+    va_start(args, fmt);
+    std::vprintf(fmt, args);
+    va_end(args);
+}
 
 unsigned char orvik_qcril_get_print_flag() {
     if (const int flag = g_print_flag; flag != print_flag_not_read)
@@ -44,4 +74,23 @@ void orvik_ril_syslog_err(const char* fmt, ...) {
     va_start(args, fmt);
     vsyslog(LOG_ERR, fmt, args);
     va_end(args);
+}
+
+void orvik_log_dbg(const char* fmt, ...) {
+    const int error = errno;
+    va_list args;
+    va_start(args, fmt);
+    log_line(LOG_DEBUG, orvik_qcril_get_print_flag() == 1, g_orvik_stdout_print_flag != 0, fmt,
+             args);
+    va_end(args);
+    errno = error;
+}
+
+void orvik_log_err(const char* fmt, ...) {
+    const int error = errno;
+    va_list args;
+    va_start(args, fmt);
+    log_line(LOG_ERR, true, true, fmt, args);
+    va_end(args);
+    errno = error;
 }

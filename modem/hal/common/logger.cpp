@@ -6,21 +6,23 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "immortal.h"
+
 namespace qti::ril::logger {
 
 namespace {
 
 constexpr const char* default_logger = "stdout";
 
-/* Never destroyed: a framework thread may log while the process ends. */
+/* A framework thread may log while the process ends. */
 struct Current {
     std::mutex mutex;
     std::unique_ptr<LoggerImpl> logger;
 };
 
 Current& current() {
-    static Current& instance = *new Current;
-    return instance;
+    static immortal<Current> instance;
+    return instance.value;
 }
 
 const char* level_name(int level) {
@@ -49,9 +51,9 @@ void StdoutLogger::write(int level, const std::string& tag, const std::string& t
 }
 
 std::map<std::string, LoggerFactory::Make>& LoggerFactory::factories() {
-    static auto& instance = *new std::map<std::string, Make>{
-        {default_logger, [] { return std::make_unique<StdoutLogger>(); }}};
-    return instance;
+    static immortal<std::map<std::string, Make>> instance(std::map<std::string, Make>{
+        {default_logger, [] { return std::make_unique<StdoutLogger>(); }}});
+    return instance.value;
 }
 
 void LoggerFactory::add(const std::string& name, Make make) { factories()[name] = std::move(make); }

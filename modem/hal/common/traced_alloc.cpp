@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <new>
 
 #include <pthread.h>
 #include <unistd.h>
@@ -115,7 +116,11 @@ void* qcril_malloc_adv(size_t size) {
                       orvik_base_name(__FILE__), __LINE__, thread_name,
                       static_cast<long>(::getpid()),
                       static_cast<long>(qti::ril::logger::my_gettid()), __func__);
-        qti::ril::logger::Logger::log(logger_error_level, "util", text);
+        /* The logger may want memory, too. */
+        try {
+            qti::ril::logger::Logger::log(logger_error_level, "util", text);
+        } catch (const std::bad_alloc&) {
+        }
     }
     return block;
 }

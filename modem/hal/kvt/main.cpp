@@ -45,9 +45,14 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    /* A reader that goes away ends neither the command nor the promise of status 0. */
+    /* Neither a reader that goes away nor a file that may not grow ends the command, nor the
+     * promise of status 0. */
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     run(argc, argv);
+    /* The lock is kept: a thread that still runs writes nothing more, since the flush at the
+     * process's end doesn't wait for it to finish its line. */
+    ::flockfile(stdout);
     std::fflush(stdout);
     return 0;
 }

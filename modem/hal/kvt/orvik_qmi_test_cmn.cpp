@@ -1,5 +1,5 @@
-/* Groups 5 and 6. Log lines show this source's name, so commands that log stay here together, however
- * long it grows. */
+/* Groups 5 and 6. Log lines show this source's name, so commands that log stay here together,
+ * however long it grows. */
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -137,13 +137,12 @@ int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
             std::puts("rsp.result fail");
         return 0;
     }
-    /* The response's own length is believed as far as the buffer reaches. */
-    const auto payload_len = load<uint32_t>(response.data() + cmn_rsp_len);
-    const size_t shown =
-        std::min<size_t>(size_t{payload_len} + cmn_rsp_shown, response.size() - cmn_rsp_shown);
+    /* The length is shown as the modem states it; bytes there are as far as the buffer reaches. */
+    const uint32_t stated = load<uint32_t>(response.data() + cmn_rsp_len) + cmn_rsp_shown;
     if (print) {
-        std::printf("\ndata len(%d)\ndata:", static_cast<int>(shown));
-        print_bytes_line({response.data() + cmn_rsp_shown, shown});
+        std::printf("\ndata len(%d)\ndata:", static_cast<int>(stated));
+        print_bytes_line({response.data() + cmn_rsp_shown,
+                          std::min<size_t>(stated, response.size() - cmn_rsp_shown)});
     }
     return 0;
 }

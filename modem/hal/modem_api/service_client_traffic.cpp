@@ -14,6 +14,32 @@ void leave(service_client& c) {
     c.changed.notify_all();
 }
 
+void decode_and_hand_on(service_client& c, const char* function, qmi_client_type handle,
+                        qmi_idl_service_object_type service, client_indication_handler handler,
+                        uint32_t msg_id, void* buf, uint32_t len) {
+    uint32_t size = 0;
+    qmi_idl_get_message_c_struct_len(service, QMI_IDL_INDICATION, static_cast<uint16_t>(msg_id),
+                                     &size);
+    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, function, __LINE__);
+    if (decoded == nullptr)
+        return;
+    const int error =
+        qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, len, decoded, size);
+    if (error != QMI_NO_ERR) {
+        ravex_log_line(RAVEX_LOG_ERROR, function,
+                       "Indication decode failed for msg 0x%x with error %d", msg_id, error);
+    } else {
+        CLIENT_LOG(c, "client_ind_hdlr", "Handling indication msg 0x%x", msg_id);
+        bool known = false;
+        if (c.traits.indication != nullptr)
+            run_client_handler(
+                c, [&] { known = c.traits.indication(handler, msg_id, decoded, size); });
+        if (!known)
+            CLIENT_LOG(c, "client_ind_hdlr", "Unknown indication msg %0x", msg_id);
+    }
+    ravex_free_adv(decoded, function, __LINE__);
+}
+
 } // namespace
 
 bool service_client_handler_runs_here(uint32_t kind) {
@@ -36,8 +62,10 @@ int service_client_send_msg_sync(service_client& c, uint32_t msg_id, void* req, 
             return QMI_CLIENT_INVALID_CLIENT;
         ++c.users;
     }
-    const orvik_scope_exit user([&c] { leave(c); });
-    return qmi_client_send_msg_sync(handle, msg_id, req, req_len, resp, resp_len, send_timeout_ms);
+    const int error =
+        qmi_client_send_msg_sync(handle, msg_id, req, req_len, resp, resp_len, send_timeout_ms);
+    leave(c);
+    return error;
 }
 
 void service_client_unsol_ind(service_client& c, const char* function, qmi_client_type handle,
@@ -55,26 +83,6 @@ void service_client_unsol_ind(service_client& c, const char* function, qmi_clien
         service = c.context.service_object;
         ++c.users;
     }
-    const orvik_scope_exit user([&c] { leave(c); });
-    uint32_t size = 0;
-    qmi_idl_get_message_c_struct_len(service, QMI_IDL_INDICATION, static_cast<uint16_t>(msg_id),
-                                     &size);
-    void* const decoded = ravex_malloc_adv(size > 0 ? size : 1, function, __LINE__);
-    if (decoded == nullptr)
-        return;
-    const int error =
-        qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, len, decoded, size);
-    if (error != QMI_NO_ERR) {
-        ravex_log_line(RAVEX_LOG_ERROR, function,
-                       "Indication decode failed for msg 0x%x with error %d", msg_id, error);
-    } else {
-        CLIENT_LOG(c, "client_ind_hdlr", "Handling indication msg 0x%x", msg_id);
-        bool known = false;
-        if (c.traits.indication != nullptr)
-            run_client_handler(
-                c, [&] { known = c.traits.indication(handler, msg_id, decoded, size); });
-        if (!known)
-            CLIENT_LOG(c, "client_ind_hdlr", "Unknown indication msg %0x", msg_id);
-    }
-    ravex_free_adv(decoded, function, __LINE__);
+    decode_and_hand_on(c, function, handle, service, handler, msg_id, buf, len);
+    leave(c);
 }

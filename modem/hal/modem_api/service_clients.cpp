@@ -1,4 +1,5 @@
 /* The four instances of the service client. */
+#include "immortal.h"
 #include "modem_api.h"
 #include "nas_client.h"
 #include "service_client_core.h"
@@ -23,8 +24,8 @@
         PREFIX##_client_command_cb,                                                                \
     };                                                                                             \
     static service_client& PREFIX##_client() {                                                     \
-        static service_client& client = *new service_client(PREFIX##_traits);                      \
-        return client;                                                                             \
+        static immortal<service_client> client(PREFIX##_traits);                                   \
+        return client.value;                                                                       \
     }                                                                                              \
     qmi_idl_service_object_type PREFIX##_init() {                                                  \
         return service_client_start(PREFIX##_client());                                            \

@@ -139,12 +139,12 @@ void print_value(int size, const char* name, uint64_t value) {
 }
 
 /* Prints the rows of a version and returns their length; values, unless null, gets what they hold.
- */
+ * A version below the lowest, 0, has the rows of the lowest. */
 int print_rows(const uint8_t* data, int version, std::span<const info_row> rows,
                uint64_t* values = nullptr) {
     int length = 0;
     for (const info_row& row : rows) {
-        if (version < row.since)
+        if (row.since > 0 && version < row.since)
             continue;
         const uint64_t value = read_le(data + length, row.size);
         print_value(row.size, row.name, value);

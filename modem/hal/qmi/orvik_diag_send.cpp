@@ -10,12 +10,13 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <string>
 #include <thread>
+#include <utility>
 
 #include <pthread.h>
 #include <semaphore.h>
 
+#include "immortal.h"
 #include "log_lines.h"
 
 /* ==== state ==== */
@@ -36,9 +37,7 @@ constexpr uint32_t time_out_default_ms = 3000;
 
 constexpr int local_processor = 0;
 
-/* One wait for a response. The sender, the callback that saw the wait begin and the wait's own
- * thread share it, and the last of them frees it: a post that comes when the wait is over falls on
- * a semaphore that is still there and that nobody waits on any more. */
+/* One wait for a response. */
 struct diag_wait {
     diag_wait() { sem_init(&done, 0, 0); }
     ~diag_wait() { sem_destroy(&done); }
@@ -49,6 +48,29 @@ struct diag_wait {
     std::atomic<bool> waiting{false};
     std::atomic<int32_t> timed_out{0};
     std::atomic<int32_t> limit{default_ticks};
+    std::atomic<int> holders{0};
+};
+
+/* The sender, the callback that saw the wait begin and the wait's own thread hold it, and the last
+ * of them frees it: a post that comes when the wait is over falls on a semaphore that is still
+ * there and that nobody waits on any more. */
+class wait_holder {
+  public:
+    explicit wait_holder(diag_wait* wait) : wait_(wait) { ++wait_->holders; }
+    wait_holder(const wait_holder& other) : wait_holder(other.wait_) {}
+    wait_holder& operator=(wait_holder other) {
+        std::swap(wait_, other.wait_);
+        return *this;
+    }
+    ~wait_holder() {
+        if (--wait_->holders == 0)
+            delete wait_;
+    }
+    diag_wait* operator->() const { return wait_; }
+    diag_wait* get() const { return wait_; }
+
+  private:
+    diag_wait* wait_;
 };
 
 /* The response collected last; malloc'd blocks, one byte larger than what they hold. Guarded by the
@@ -62,29 +84,38 @@ struct diag_rsp_buf {
 std::atomic<int32_t> g_diag_init_status{0};
 diag_rsp_buf g_qcril_diag_rsp_buf{};
 
-/* Never destroyed: callbacks, wait threads and workers may run while the process ends. */
+/* Callbacks, wait threads and workers may use it while the process ends. */
 struct diag_shared {
     std::mutex send_mutex;     /* a whole "with result" command */
     std::mutex worker_mutex;   /* a worker's whole run */
     std::mutex response_mutex; /* g_qcril_diag_rsp_buf */
 
-    std::mutex wait_mutex; /* the pointer below */
-    std::shared_ptr<diag_wait> wait = std::make_shared<diag_wait>();
+    std::mutex wait_mutex; /* the holder below */
+    diag_wait first_wait;
+    const wait_holder first{&first_wait}; /* for good: it is not freed */
+    wait_holder wait{first};
 
     std::mutex event_mutex; /* the count below */
     std::condition_variable worker_ended;
     int workers = 0;
 };
-diag_shared& g_diag_shared = *new diag_shared;
+immortal<diag_shared> g_diag_immortal;
+diag_shared& g_diag_shared = g_diag_immortal.value;
 
-std::shared_ptr<diag_wait> current_wait() {
+wait_holder current_wait() {
     const std::lock_guard guard(g_diag_shared.wait_mutex);
     return g_diag_shared.wait;
 }
 
-void begin_new_wait() {
+/* False when there is no memory: the wait before stays the current one. */
+bool begin_new_wait() {
+    auto* const wait = new (std::nothrow) diag_wait;
+    if (wait == nullptr)
+        return false;
+    const wait_holder fresh(wait);
     const std::lock_guard guard(g_diag_shared.wait_mutex);
-    g_diag_shared.wait = std::make_shared<diag_wait>();
+    g_diag_shared.wait = fresh;
+    return true;
 }
 
 /* What libdiag hands back as a packet's context: the processor's number, in a word that stays. */
@@ -154,8 +185,8 @@ void orvik_diag_init_with_result() {
         return;
     }
     /* Also where the library does not come up: the command goes on and may come to wait. */
-    begin_new_wait();
-    if (Diag_LSM_Init(nullptr))
+    const bool ready = begin_new_wait();
+    if (ready && Diag_LSM_Init(nullptr))
         g_diag_init_status = 1;
     else
         ORVIK_DBG("LSM init failed");
@@ -242,46 +273,69 @@ bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len
 
 /* ==== waiting for a response ==== */
 
-void* orvik_diag_cmd_send_with_result_wait_thread_proc(void* arg) {
-    const std::unique_ptr<std::shared_ptr<diag_wait>> handed(
-        static_cast<std::shared_ptr<diag_wait>*>(arg));
-    const std::shared_ptr<diag_wait> wait = handed != nullptr ? *handed : current_wait();
-    name_this_thread();
-    ORVIK_FUNCTION_SCOPE();
+namespace {
+
+/* Counts the ticks of a wait; true when it is to be ended, as timed out or not. */
+bool watch(diag_wait& wait) {
+    static constexpr const char* function = "orvik_diag_cmd_send_with_result_wait_thread_proc";
+    ORVIK_DBG_IN(function, "function entry ------------->");
     int32_t ticks = 0;
     do {
         pause_us(g_orvik_diag_pauses.tick);
         ++ticks;
-        ORVIK_DBG("orvik_diag_cmd_send_with_result_wait_thread_proc, cnt_of_100ms = %d", ticks);
-    } while (wait->waiting && ticks < wait->limit);
+        ORVIK_DBG_IN(function,
+                     "orvik_diag_cmd_send_with_result_wait_thread_proc, cnt_of_100ms = %d", ticks);
+    } while (wait.waiting && ticks < wait.limit);
 
     int32_t length;
     {
         const std::lock_guard guard(g_diag_shared.response_mutex);
         length = g_qcril_diag_rsp_buf.length;
     }
+    bool end = false;
     if (length != 0 && length % full_chunk == 0) {
-        ORVIK_DBG("stop waiting, receive success, length is times of 4096");
-        sem_post(&wait->done);
-    } else if (wait->waiting && ticks >= wait->limit) {
-        ORVIK_DBG("stop waiting");
-        /* In this order: the post wakes the sender, which looks at the flag. */
-        wait->timed_out = 1;
-        sem_post(&wait->done);
+        ORVIK_DBG_IN(function, "stop waiting, receive success, length is times of 4096");
+        end = true;
+    } else if (wait.waiting && ticks >= wait.limit) {
+        ORVIK_DBG_IN(function, "stop waiting");
+        wait.timed_out = 1;
+        end = true;
     }
+    ORVIK_DBG_IN(function, "function exit <-------------");
+    return end;
+}
+
+/* Posts last: the sender that it wakes, and the process, may be through before this thread is. */
+void watch_and_post(const wait_holder& wait) {
+    name_this_thread();
+    if (watch(*wait.get()))
+        sem_post(&wait->done);
+}
+
+} // namespace
+
+void* orvik_diag_cmd_send_with_result_wait_thread_proc(void*) {
+    watch_and_post(current_wait());
     return nullptr;
 }
 
 namespace {
 
-/* The thread ends this wait, whatever the current one is by then. */
-void orvik_diag_cmd_send_with_result_wait_create_thread(const std::shared_ptr<diag_wait>& wait) {
+/* Gets a wait, held for it, to end that one whatever the current one is by then. */
+void* handed_wait_thread_proc(void* arg) {
+    auto* const handed = static_cast<diag_wait*>(arg);
+    const wait_holder wait(handed);
+    --handed->holders;
+    watch_and_post(wait);
+    return nullptr;
+}
+
+void orvik_diag_cmd_send_with_result_wait_create_thread(const wait_holder& wait) {
     ORVIK_FUNCTION_SCOPE();
-    auto handed = std::make_unique<std::shared_ptr<diag_wait>>(wait);
-    const int conf =
-        create_detached_thread(orvik_diag_cmd_send_with_result_wait_thread_proc, handed.get());
-    if (conf == 0)
-        (void)handed.release(); /* the thread's now */
+    ++wait->holders; /* for the thread */
+    const int conf = create_detached_thread(handed_wait_thread_proc, wait.get());
+    if (conf != 0)
+        --wait->holders;
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
@@ -294,7 +348,7 @@ void orvik_diag_cmd_send_with_result_wait_create_thread() {
 namespace {
 
 /* Blocks until a response, or the time's end, is posted. */
-void wait_for_response(const std::shared_ptr<diag_wait>& wait) {
+void wait_for_response(const wait_holder& wait) {
     orvik_diag_cmd_send_with_result_wait_create_thread(wait);
     while (sem_wait(&wait->done) != 0 && errno == EINTR) {
     }
@@ -351,7 +405,7 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
 }
 
 int orvik_diag_cmd_response_by_callback(uint8_t* ptr, int32_t len, uint32_t* context_data) {
-    const std::shared_ptr<diag_wait> wait = current_wait();
+    const wait_holder wait = current_wait();
     ORVIK_FUNCTION_SCOPE();
     if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
         ORVIK_DBG("orvik_diag_cmd_response_check fail");
@@ -405,7 +459,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
     const auto capacity = static_cast<int32_t>(*p_reply_len);
 
     orvik_diag_init_with_result();
-    const std::shared_ptr<diag_wait> wait = current_wait();
+    const wait_holder wait = current_wait();
     orvik_diag_register_callback(on_packet);
     diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
     int result = 1;
@@ -424,7 +478,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
         wait->limit = ticks;
         ORVIK_DBG("Command time = %d * 100ms", ticks);
         wait_for_response(wait);
-        result = take_response(__func__, *wait, reply_buf, p_reply_len, capacity);
+        result = take_response(__func__, *wait.get(), reply_buf, p_reply_len, capacity);
     }
     diag_switch_logging(DIAG_USB_MODE, nullptr);
     orvik_diag_deinit_with_result();
@@ -486,7 +540,7 @@ void free_response() {
 } // namespace
 
 void orvik_diag_cmd_response_by_dci(uint8_t* ptr, int32_t len, uint32_t* context_data) {
-    const std::shared_ptr<diag_wait> wait = current_wait();
+    const wait_holder wait = current_wait();
     ORVIK_FUNCTION_SCOPE();
     const std::lock_guard guard(g_diag_shared.response_mutex);
     if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
@@ -650,7 +704,7 @@ int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t da
     const auto capacity = static_cast<int32_t>(*p_reply_len);
 
     orvik_diag_init_with_result();
-    const std::shared_ptr<diag_wait> wait = current_wait();
+    const wait_holder wait = current_wait();
     const char* const function = __func__;
     return run_dci_command(function, dci_with_result, data, data_len, [&] {
         wait->waiting = true;
@@ -658,7 +712,7 @@ int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t da
         wait->limit = ticks;
         ORVIK_DBG_IN(function, "Dci Command time = %d", ticks);
         wait_for_response(wait);
-        const int result = take_response(function, *wait, reply_buf, p_reply_len, capacity);
+        const int result = take_response(function, *wait.get(), reply_buf, p_reply_len, capacity);
         free_response();
         return result;
     });

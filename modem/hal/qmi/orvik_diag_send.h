@@ -74,8 +74,8 @@ void orvik_diag_cmd_response_by_dci_no_handle(uint8_t* ptr, int32_t len, uint32_
 void orvik_diag_cmd_response_by_dci_log_stream_no_handle(uint8_t* ptr, int32_t len);
 void orvik_diag_cmd_response_by_dci_event_stream_no_handle(uint8_t* ptr, int32_t len);
 
-/* The thread that ends a wait when its time is up. The creator hands it the wait as argument, which
- * it frees; without one it watches the current wait. */
+/* Both watch the current wait and end it when its time is up: a thread that is started for it, and
+ * the caller's own, whose argument is not used. */
 void orvik_diag_cmd_send_with_result_wait_create_thread();
 void* orvik_diag_cmd_send_with_result_wait_thread_proc(void* arg);
 

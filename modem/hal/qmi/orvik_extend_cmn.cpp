@@ -321,20 +321,17 @@ constexpr unsigned sar_timeout_ms = 30000;
 } // namespace
 
 int32_t orvik_get_sar_dsi() {
-    /* The client stays, so its OS parameters must too. They are its own: a second client would set
-     * up anew what the first still uses. */
-    auto os_params = std::make_unique<qmi_client_os_params>();
+    static qmi_client_os_params os_params; /* the client stays, so they must too */
     qmi_client_type handle = nullptr;
     int error = qmi_client_init_instance(
         sar_get_service_object_internal_v01(ORVIK_IDL_MAJOR, ORVIK_SAR_IDL_MINOR,
                                             QMI_IDL_LIBRARY_VERSION),
         QMI_CLIENT_INSTANCE_ANY, orvik_qcril_qmi_client_common_empty_unsol_ind_cb, nullptr,
-        os_params.get(), sar_service_wait_ms, &handle);
+        &os_params, sar_service_wait_ms, &handle);
     if (error != QMI_NO_ERR) {
         ORVIK_DBG("qmi_client_init_instance failed, qmi_client_error = %d", error);
         return -1;
     }
-    static_cast<void>(os_params.release());
 
     sar_rf_get_state_resp_v01 response{};
     error = qmi_client_send_msg_sync(handle, QMI_SAR_RF_GET_STATE, nullptr, 0, &response,

@@ -278,7 +278,7 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
         received += chunk;
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, read_count = %d, "
                   "data_len_cur = %d",
-                  response.data_len_all, chunk, received, pass + 1, offset);
+                  response.data_len_all, response.data_len_send, received, pass + 1, offset);
         if (chunk == 0) {
             ORVIK_DBG("abort, data_len_send <= 0");
             return ORVIK_NVEFS_BUF_LEN_INVALID;

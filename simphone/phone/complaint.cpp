@@ -1,0 +1,42 @@
+#include "phone/complaint.h"
+
+#include <cerrno>
+#include <mutex>
+#include <set>
+
+#include <unistd.h>
+
+#include "phone/phone.h"
+
+namespace simphone {
+
+namespace {
+
+/* Never destroyed: framework threads may still complain when the process ends. */
+struct Told {
+    std::mutex mutex;
+    std::set<std::string> texts;
+};
+
+bool told_before(const std::string& text) {
+    static Told& told = *new Told;
+    const std::lock_guard guard(told.mutex);
+    return !told.texts.insert(text).second;
+}
+
+} // namespace
+
+void complain(const std::string& file, int line, const std::string& text) {
+    const std::string place = file + ":" + (line > 0 ? std::to_string(line) + ":" : "") + " ";
+    if (told_before(place + text))
+        return;
+    const int before = errno;
+    const std::string message = "simulated phone: " + (root() / place).string() + text + "\n";
+    /* One write: lines of several threads stay apart. Nobody to tell it to is no failure. */
+    if (::write(STDERR_FILENO, message.data(), message.size()) < 0) {
+    }
+    log_line("phone", place + text);
+    errno = before;
+}
+
+} // namespace simphone

@@ -1,0 +1,53 @@
+/* The settings among the phone's files: text, one value a file or a few words a line. What can't be
+ * used is told (complaint.h), and its default is used; a number out of range becomes the nearest
+ * that is in it. A missing file is made with its default; one that is there but can't be read
+ * counts as the default and stays. */
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simphone {
+
+/* A setting of the table in settings.cpp: a number, decimal or hexadecimal behind 0x, or one of a
+ * few words. setting_number() is for those that have no words. */
+int64_t setting_number(const std::string& name);
+std::string setting(const std::string& name);
+
+/* The settings that hold other than one value. */
+
+/* Text without blanks around it. */
+std::string setting_text(const std::string& name, const std::string& default_text);
+
+/* True for a name of the table. */
+bool is_setting(const std::string& name);
+
+struct Word {
+    std::string text;
+    int line; /* from 1 */
+};
+
+std::vector<Word> setting_words(const std::string& name, const std::string& default_text);
+std::vector<Word> words_of(const std::string& text);
+
+/* A whole word as a number; nothing when it is none. What does not fit is INT64_MIN or MAX. */
+std::optional<int64_t> whole_number(const std::string& text);
+
+struct Range {
+    int64_t least;
+    int64_t most;
+};
+
+/* The word as a number within range, told when it is none or out of it; fallback when it is none.
+ */
+int64_t number_within(const std::string& file, const Word& word, Range range, int64_t fallback);
+
+/* The longest time that anything in the phone may be made to take. */
+constexpr int64_t day_ms = INT64_C(24) * 60 * 60 * 1000;
+/* Milliseconds since the epoch, as state files hold them. */
+constexpr Range times = {0, INT64_C(1) << 50};
+
+} // namespace simphone
