@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint16_t id = object->msgid_to_msg[type][data[2] % messages].qmi_message_id;
 
     std::vector<uint8_t> record(*message_struct_len(object, type, id), 0xEE);
-    const bool decoded = decode_message(object, type, id, bytes, record.data());
+    const bool decoded = decode_message(object, type, id, bytes, record.data()) == 0;
     const TlvReader reader(bytes);
     if (decoded && !reader.well_formed())
         std::abort();
@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (decoded) {
         const std::optional<Bytes> again = encode_message(object, type, id, record.data());
         std::vector<uint8_t> second(record.size(), 0x11);
-        if (!again || !decode_message(object, type, id, *again, second.data()) || second != record)
+        if (!again || decode_message(object, type, id, *again, second.data()) != 0 ||
+            second != record)
             std::abort();
     }
     if (type == QMI_IDL_REQUEST) {

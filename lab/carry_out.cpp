@@ -11,8 +11,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-const Verify* way_to_verify(const CommandLine& line) {
+const Verify* way_to_verify(const CommandLine& line, const std::string& output) {
     for (const Verify& verify : line.row->verify) {
+        if (!verify.seen.empty() && !find_pattern(verify.seen, output))
+            continue;
         if (verify.when_argument.empty())
             return &verify;
         const auto typed = line.values.find(verify.when_argument);
@@ -25,44 +27,60 @@ const Verify* way_to_verify(const CommandLine& line) {
 
 constexpr milliseconds between_readings{100};
 
+bool shows_all(const Verify& way, const CommandLine& line, const std::string& output) {
+    for (const std::string_view pattern : way.ok)
+        if (!find_pattern(filled_pattern(pattern, line), output))
+            return false;
+    return way.unless.empty() || !find_pattern(way.unless, output);
+}
+
 /* Reads back until all is found that the catalogue wants to see, whichever reading showed it. */
 void read_back(const Runner& runner, const CommandLine& line, const Verify& way,
                const CarryOptions& options, Outcome& outcome) {
-    CommandLine reading;
-    std::string error, output;
+    std::vector<CommandLine> readings;
     outcome.verdict = Verdict::not_told;
-    if (!read_command_line(filled_words(way.run, line, {}), reading, error)) {
-        outcome.why = "it could not be read back: " + error;
-        return;
-    }
-    const std::string reader = "kvt " + one_line(reading.text());
-    const auto end = Clock::now() + milliseconds(static_cast<long>(way.within_s * 1000));
-    for (;;) {
-        if (options.stop != nullptr && *options.stop != 0) {
-            outcome.why = "it was interrupted before it was read back with " + reader;
+    for (const std::string_view form : {way.run, way.also}) {
+        std::string error;
+        if (form.empty())
+            continue;
+        if (!read_command_line(filled_words(form, line, {}), readings.emplace_back(), error)) {
+            outcome.why = "it could not be read back: " + error;
             return;
         }
-        const ProcessResult result = runner(reading.words, limit_of(reading, options.timeout_s));
-        output += result.output;
-        bool all = result.how == ProcessResult::exited;
-        for (const std::string_view pattern : way.ok)
-            all = all && find_pattern(filled_pattern(pattern, line), output);
-        if (all) {
+    }
+    const auto name = [](const CommandLine& reading) { return "kvt " + one_line(reading.text()); };
+    const auto end = Clock::now() + milliseconds(static_cast<long>(way.within_s * 1000));
+    std::string output;
+    for (;;) {
+        Judgement trouble{Verdict::ok, "", {}};
+        bool ended = true;
+        for (const CommandLine& reading : readings) {
+            if (options.stop != nullptr && *options.stop != 0) {
+                outcome.why = "it was interrupted before it was read back with " + name(reading);
+                return;
+            }
+            const ProcessResult result =
+                runner(reading.words, limit_of(reading, options.timeout_s));
+            output += result.output + "\n";
+            ended = ended && result.how == ProcessResult::exited;
+            const Judgement judgement = judge(reading, result);
+            if (judgement.verdict != Verdict::ok && trouble.verdict == Verdict::ok)
+                trouble = {judgement.verdict, name(reading) + ": " + judgement.why, {}};
+        }
+        outcome.verified = ended && shows_all(way, line, output);
+        if (outcome.verified) {
             outcome.verdict = Verdict::ok;
             outcome.why.clear();
-            outcome.verified = true;
             return;
         }
         if (Clock::now() < end) {
             std::this_thread::sleep_for(between_readings);
             continue;
         }
-        const Judgement judgement = judge(reading, result);
-        outcome.verified = judgement.verdict == Verdict::ok;
+        outcome.verified = trouble.verdict == Verdict::ok;
         outcome.verdict = outcome.verified ? Verdict::failed : Verdict::not_told;
-        outcome.why = outcome.verified
-                          ? reader + " shows no effect of it"
-                          : "it could not be read back with " + reader + ": " + judgement.why;
+        outcome.why = outcome.verified ? name(readings[0]) + " shows no effect of it"
+                                       : "it could not be read back with " + trouble.why;
         return;
     }
 }
@@ -89,7 +107,7 @@ Outcome carry_out(const Runner& runner, const CommandLine& line, const CarryOpti
     outcome.output = result.output;
     const bool worth_reading =
         outcome.verdict == Verdict::ok || outcome.verdict == Verdict::not_told;
-    if (const Verify* const way = way_to_verify(line);
+    if (const Verify* const way = way_to_verify(line, result.output);
         options.verify && worth_reading && way != nullptr)
         read_back(runner, line, *way, options, outcome);
     else if (outcome.verdict == Verdict::not_told)

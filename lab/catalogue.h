@@ -44,10 +44,11 @@ struct Rule {
     std::string_view find, why;
 };
 
-/* A way to read back; the first whose `when` holds is used. */
+/* A way to read back; the first that fits is used. */
 struct Verify {
     std::string_view when_argument, when_value; /* "": always */
-    std::string_view run;
+    std::string_view seen;                      /* in the command's own output; "": always */
+    std::string_view run, also, unless;
     double within_s; /* it is read again and again as long as that */
     Texts ok;
 };

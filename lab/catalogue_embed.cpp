@@ -65,8 +65,9 @@ std::string written(const Value& v) {
 std::string written(const Rule& r) { return "{" + quoted(r.find) + ", " + quoted(r.why) + "}"; }
 
 std::string written(const Verify& v) {
-    return "{" + quoted(v.when_argument) + ", " + quoted(v.when_value) + ", " + quoted(v.run) +
-           ", " + real(v.within_s) + ", " + list("std::string_view", v.ok) + "}";
+    return "{" + quoted(v.when_argument) + ", " + quoted(v.when_value) + ", " + quoted(v.seen) +
+           ", " + quoted(v.run) + ", " + quoted(v.also) + ", " + quoted(v.unless) + ", " +
+           real(v.within_s) + ", " + list("std::string_view", v.ok) + "}";
 }
 
 std::string written(const Undo& u) {

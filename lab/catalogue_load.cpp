@@ -208,7 +208,12 @@ Verify Loader::read_verify(const toml::table& table, const Command& row, const s
     Verify verify{};
     verify.when_argument = fields.text("argument");
     verify.when_value = fields.text("is");
+    verify.seen = fields.text("seen");
     verify.run = fields.text("run", true);
+    verify.also = fields.text("also");
+    verify.unless = fields.text("unless");
+    check_pattern(verify.seen, 0, fields.line(), what + ": \"seen\"");
+    check_pattern(verify.unless, 0, fields.line(), what + ": \"unless\"");
     verify.within_s = fields.number("within_s", 0);
     verify.ok = kept(storage_.text_lists, fields.texts("ok"));
     if (verify.ok.empty())
@@ -221,6 +226,7 @@ Verify Loader::read_verify(const toml::table& table, const Command& row, const s
         check_pattern(filled, 0, fields.line(), what + ": \"ok\"");
     }
     check_template(verify.run, row, fields.line(), what);
+    check_template(verify.also, row, fields.line(), what);
     return verify;
 }
 
@@ -309,8 +315,10 @@ void Loader::check_references(const Command& row) {
                                 std::string(line) + "\"");
     };
     check(row.example, "\"example\"");
-    for (const Verify& verify : row.verify)
+    for (const Verify& verify : row.verify) {
         check(verify.run, "verify");
+        check(verify.also, "verify's \"also\"");
+    }
     for (const Undo& undo : row.undo) {
         check(undo.read, "undo's \"read\"");
         check(undo.run, "undo");

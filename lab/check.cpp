@@ -10,23 +10,26 @@ namespace {
 
 constexpr int usage_status = 2;
 
-int refuse(const std::string& message) {
-    std::fprintf(stderr, "kvt-lab: %s\n", one_line(message).c_str());
-    return usage_status;
+/* Says all that speaks against running it. */
+bool may_run(const CheckOptions& options, CommandLine& line) {
+    std::string error;
+    const bool good = read_command_line(options.command, line, error);
+    if (!good)
+        std::fprintf(stderr, "kvt-lab: %s\n", one_line(error).c_str());
+    if (line.row == nullptr || line.row->danger.empty() || options.yes)
+        return good;
+    std::fprintf(stderr, "kvt-lab: kvt %s needs --yes. What can be lost: %s\n",
+                 std::string(line.row->words).c_str(), std::string(line.row->danger).c_str());
+    return false;
 }
 
 } // namespace
 
 int check(const Common& common, const CheckOptions& options) {
     CommandLine line;
-    std::string error;
-    if (!read_command_line(options.command, line, error))
-        return refuse(error);
-    if (!line.row->danger.empty() && !options.yes) {
-        std::fprintf(stderr, "kvt-lab: kvt %s needs --yes. What can be lost: %s\n",
-                     one_line(line.text()).c_str(), std::string(line.row->danger).c_str());
+    if (!may_run(options, line))
         return usage_status;
-    }
+    std::string error;
     const Runner runner = make_runner(common, error);
     Outcome outcome;
     if (runner == nullptr)

@@ -94,7 +94,8 @@ void read_pull(CLI::App& app, const Common& common, std::function<int()>& chosen
 void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     PlanOptions& options = kept<PlanOptions>();
     app.add_option("FILE", options.file, "the plan, TOML")->required();
-    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file");
+    app.add_option("--junit", options.junit, "write the result as JUnit XML to this file")
+        ->type_name("FILE");
     app.add_flag("--json", options.json, "one JSON object instead of TAP");
     chosen = [&] { return plan(common, options); };
 }

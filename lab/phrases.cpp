@@ -72,7 +72,8 @@ std::string effect_phrase(const Command& row) {
 std::string verify_phrase(const Command& row) {
     std::string text;
     for (const Verify& verify : row.verify) {
-        const std::string run = command_phrase(verify.run);
+        const std::string run = command_phrase(verify.run) +
+                                (verify.also.empty() ? "" : " and " + command_phrase(verify.also));
         if (text.find(run) == std::string::npos)
             text += (text.empty() ? "" : ", or ") + run;
     }

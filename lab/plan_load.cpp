@@ -72,7 +72,7 @@ class PlanLoader {
                 fields.wrong(*node, "is", numeric ? "a number" : "text");
             }
         }
-        if (!limit.min && !limit.max && !limit.is)
+        if (table.empty())
             source_.error(fields.line(), what + ": there is no \"min\", \"max\" or \"is\"");
         return limit;
     }

@@ -42,6 +42,14 @@ std::string tap_name(const std::string& name) {
     return text;
 }
 
+/* A line within a block, whose first line says by its blanks where the block ends, and which a line
+ * of three dots would end for readers of TAP. */
+std::string block_line(const std::string& line) {
+    const size_t start = line.find_first_not_of(' ');
+    const std::string text = start == std::string::npos ? "" : line.substr(start);
+    return text == "..." ? "(...)" : text;
+}
+
 std::string seconds_text(double seconds) {
     char text[32];
     std::snprintf(text, sizeof text, "%.3f", seconds);
@@ -75,9 +83,9 @@ void TapReport::tell(const StepResult& result) {
             std::printf("  tries: %d\n", result.tries);
         std::printf("  duration_ms: %lld\n", static_cast<long long>(result.outcome.took.count()));
         if (result.kind == StepResult::failed && result.tries > 0) {
-            std::printf("  output:\n");
+            std::printf("  output: |\n");
             for (const std::string& line : last_lines(result.outcome.output))
-                std::printf("    - %s\n", quoted(line).c_str());
+                std::printf("    %s\n", block_line(line).c_str());
         }
         std::printf("  ...\n");
     }

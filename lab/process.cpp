@@ -150,6 +150,7 @@ ProcessResult run_process(const ProcessRequest& request) {
         result.status = exec_error;
     } else if (late) {
         result.how = ProcessResult::timed_out;
+        result.stopped = stopping;
     } else if (WIFSIGNALED(status)) {
         result.how = ProcessResult::signalled;
         result.status = WTERMSIG(status);
@@ -167,10 +168,11 @@ std::string how_it_ended(const ProcessResult& result) {
     case ProcessResult::exited:
         return "ended with status " + std::to_string(result.status);
     case ProcessResult::signalled:
-        return "killed by signal " + std::to_string(result.status) + " (" +
+        return "was killed by signal " + std::to_string(result.status) + " (" +
                ::strsignal(result.status) + ")";
     case ProcessResult::timed_out:
-        return "did not end within its time and was killed";
+        return result.stopped ? "was interrupted and did not end by itself"
+                              : "did not end within its time and was killed";
     case ProcessResult::not_started:
         return std::string("could not be started: ") + std::strerror(result.status);
     }

@@ -27,14 +27,15 @@ struct ProcessResult {
     enum How {
         exited,      /* status is its exit status */
         signalled,   /* status is the signal's number */
-        timed_out,   /* its process group was killed at the limit */
+        timed_out,   /* its process group was killed at the limit, or a while after `stop` */
         not_started, /* status is errno */
     };
     How how = not_started;
     int status = 0;
-    std::string why;    /* how it ended, in place of what `how` and `status` tell; mostly empty */
-    std::string output; /* standard output, bytes as they came */
-    bool cut = false;   /* there was more than anybody reads; the rest is not kept */
+    std::string why;      /* how it ended, in place of what `how` and `status` tell; mostly empty */
+    std::string output;   /* standard output, bytes as they came */
+    bool stopped = false; /* timed out because of `stop` */
+    bool cut = false;     /* there was more than anybody reads; the rest is not kept */
     std::chrono::milliseconds took{0};
 };
 
@@ -43,7 +44,7 @@ struct ProcessResult {
  * holds the pipe open. */
 ProcessResult run_process(const ProcessRequest& request);
 
-/* One sentence for a person: "ended with status 1", "killed by signal 9 (Killed)". */
+/* One sentence for a person: "ended with status 1", "was killed by signal 9 (Killed)". */
 std::string how_it_ended(const ProcessResult& result);
 
 } // namespace lab

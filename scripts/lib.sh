@@ -119,6 +119,15 @@ quietly() {
     fi
 }
 
+# Runs a command that shows its own progress: seen on a terminal, otherwise only when it fails.
+with_progress() {
+    if [ -t 2 ]; then
+        "$@" >&2
+    else
+        quietly "$@"
+    fi
+}
+
 # Configures and builds a preset: preset NAME [TARGET...]
 preset() {
     name=$1
@@ -127,5 +136,5 @@ preset() {
     command -v ccache >/dev/null && launcher=-DCMAKE_CXX_COMPILER_LAUNCHER=ccache
     say "Building $name"
     quietly cmake --preset "$name" $launcher &&
-        quietly cmake --build --preset "$name" -j "$(nproc)" ${1:+--target "$@"}
+        with_progress cmake --build --preset "$name" -j "$(nproc)" ${1:+--target "$@"}
 }

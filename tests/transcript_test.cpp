@@ -11,6 +11,9 @@
  * "$? N" demands another exit status than 0. In a Markdown file each block between lines
  * "```console" and "```" is a transcript and they share one phone; only kvt's output counts there.
  *
+ * kvt-lab is there when it is built, with kvt or what KVT names; kvt_fake runs the phone's file
+ * "fake" with a shell.
+ *
  * With KVT_UPDATE_TRANSCRIPTS set, files are written anew with what the commands print now: read
  * the difference before you believe it. */
 #include <cstdio>
@@ -70,8 +73,11 @@ class TranscriptTest : public testing::Test {
         script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
                          "LD_PRELOAD='" KVT_AT_REDIRECT "' "
                          "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
-        prefix_ = "export KVT_PHONE='" + phone().string() + "' PATH='" +
-                  (dir_ / "bin").string() + "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
+        script("kvt_fake", "exec sh \"$KVT_PHONE/fake\" \"$@\"");
+        script("kvt-lab", "exec '" KVT_LAB_PROGRAM "' --kvt \"${KVT:-$(command -v kvt)}\" \"$@\"");
+        prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_PHONE='" + phone().string() +
+                  "' PATH='" + (dir_ / "bin").string() +
+                  "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
         /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
         const std::string report = "log_path=" + (dir_ / "report").string();
         prefix_ += "ASAN_OPTIONS=" + report + " UBSAN_OPTIONS=print_stacktrace=1:" + report +
@@ -115,6 +121,10 @@ class TranscriptTest : public testing::Test {
 
     void TestBody() override {
         std::ifstream in(file_);
+        const std::string text((std::istreambuf_iterator<char>(in)), {});
+        if (*KVT_LAB_PROGRAM == '\0' && text.find("\n$ kvt-lab ") != std::string::npos)
+            GTEST_SKIP() << "the lab is not built";
+        in.seekg(0);
         const bool markdown = file_.extension() == ".md";
         bool active = !markdown;
         std::string updated, command, expected;
@@ -174,6 +184,8 @@ void register_files(const char* suite, const fs::path& folder, const std::string
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     register_files("Transcript", fs::path(KVT_SOURCE_DIR) / "tests" / "transcripts", ".txt");
+    if (*KVT_LAB_PROGRAM != '\0')
+        register_files("Lab", fs::path(KVT_SOURCE_DIR) / "tests" / "lab" / "transcripts", ".txt");
     register_files("Document", fs::path(KVT_SOURCE_DIR) / "docs", ".md");
     register_files("Document", fs::path(KVT_SOURCE_DIR), ".md");
     return RUN_ALL_TESTS();

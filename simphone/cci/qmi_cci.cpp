@@ -202,9 +202,7 @@ qmi_client_error_type qmi_client_send_msg_sync(qmi_client_type handle, unsigned 
         if (const int failed = exchange(*client, static_cast<uint16_t>(msg_id), *request,
                                         timeout_ms, fault, answer))
             return failed;
-        return decode_message(client->service, QMI_IDL_RESPONSE, msg_id, answer, resp)
-                   ? QMI_NO_ERR
-                   : QMI_INTERNAL_ERR;
+        return decode_message(client->service, QMI_IDL_RESPONSE, msg_id, answer, resp);
     });
 }
 
@@ -224,8 +222,7 @@ qmi_client_error_type qmi_client_message_decode(qmi_client_type handle,
         if (!size || *size != dst_len || dst == nullptr || (src == nullptr && src_len > 0))
             return QMI_CLIENT_PARAM_ERR;
         const ByteView tlvs(static_cast<const uint8_t*>(src), src_len);
-        return decode_message(client->service, type, msg_id, tlvs, dst) ? QMI_NO_ERR
-                                                                        : QMI_INTERNAL_ERR;
+        return decode_message(client->service, type, msg_id, tlvs, dst);
     });
 }
 

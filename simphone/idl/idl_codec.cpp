@@ -1,6 +1,7 @@
 #include "idl_codec.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 
 #include "qmi_idl_layout.h"
@@ -8,6 +9,10 @@
 namespace simphone {
 
 namespace {
+
+constexpr size_t tlv_head = 3; /* type, length */
+constexpr uint8_t tlv_result = 0x02;
+constexpr uint8_t tlv_first_optional = 0x10;
 
 struct Message {
     const qmi_idl_type_table_object* table;
@@ -27,8 +32,7 @@ std::optional<Message> find_message(qmi_idl_service_object_type service,
         return std::nullopt;
     const uint16_t table_index = row->message_table_message_id >> 12;
     const uint16_t message_index = row->message_table_message_id & 0x0FFF;
-    if (table_index >= service->p_type_table->n_referenced_tables)
-        return std::nullopt;
+    /* Not held against n_referenced_tables: an object that states too few works all the same. */
     const qmi_idl_type_table_object* const table =
         service->p_type_table->p_referenced_tables[table_index];
     if (message_index >= table->n_messages)
@@ -44,8 +48,6 @@ struct Aggregate {
 
 std::optional<Aggregate> find_aggregate(const qmi_idl_type_table_object* table,
                                         const qmi_idl::Element& e) {
-    if (e.table >= table->n_referenced_tables)
-        return std::nullopt;
     const qmi_idl_type_table_object* const other = table->p_referenced_tables[e.table];
     if (e.type_index >= other->n_types)
         return std::nullopt;
@@ -97,6 +99,18 @@ void store_value(uint8_t* p, uint32_t width, uint64_t value) {
     }
 }
 
+/* An enumeration is signed, and wider in the structure than on the wire. */
+uint64_t field_value(uint8_t type, uint64_t value) {
+    switch (type) {
+    case QMI_IDL_1_BYTE_ENUM:
+        return static_cast<uint64_t>(int64_t{static_cast<int8_t>(value)});
+    case QMI_IDL_2_BYTE_ENUM:
+        return static_cast<uint64_t>(int64_t{static_cast<int16_t>(value)});
+    default:
+        return value;
+    }
+}
+
 bool encode_element(Bytes& out, const qmi_idl_type_table_object* table, const qmi_idl::Element& e,
                     const uint8_t* base);
 
@@ -137,56 +151,56 @@ bool encode_element(Bytes& out, const qmi_idl_type_table_object* table, const qm
     return true;
 }
 
-/* Takes the element's bytes off the front of in. */
-bool decode_element(ByteView& in, const qmi_idl_type_table_object* table, const qmi_idl::Element& e,
-                    uint8_t* base);
+/* Takes the element's bytes off the front of in. Returns 0 or why it can't. */
+int decode_element(ByteView& in, const qmi_idl_type_table_object* table, const qmi_idl::Element& e,
+                   uint8_t* base);
 
-bool decode_elements(ByteView& in, const Aggregate& type, uint8_t* base) {
+int decode_elements(ByteView& in, const Aggregate& type, uint8_t* base) {
     for (const uint8_t* p = type.entry->p_encoded_type_data; *p != QMI_IDL_TYPE_END;) {
         qmi_idl::Element e{};
         p = qmi_idl::read_element(p, e);
-        if (!decode_element(in, type.table, e, base))
-            return false;
+        if (const int refused = decode_element(in, type.table, e, base))
+            return refused;
     }
-    return true;
+    return 0;
 }
 
-bool decode_element(ByteView& in, const qmi_idl_type_table_object* table, const qmi_idl::Element& e,
-                    uint8_t* base) {
+int decode_element(ByteView& in, const qmi_idl_type_table_object* table, const qmi_idl::Element& e,
+                   uint8_t* base) {
     uint32_t count = e.size;
     if (e.variable) {
         const size_t width = e.wide_count ? 2 : 1;
         if (in.size() < width)
-            return false;
+            return idl_wrong_length;
         count = static_cast<uint32_t>(get_le(in, width));
         in = in.subspan(width);
         if (count > e.size)
-            return false;
+            return idl_too_many;
         store_u32(base + e.offset - e.count_before, count);
     }
     if (e.type == QMI_IDL_AGGREGATE) {
         const std::optional<Aggregate> type = find_aggregate(table, e);
-        for (uint32_t i = 0; type && i < count; ++i)
-            if (!decode_elements(in, *type, base + e.offset + i * type->entry->c_struct_sz))
-                return false;
-        return type.has_value();
+        int refused = type ? 0 : idl_unknown_message;
+        for (uint32_t i = 0; refused == 0 && i < count; ++i)
+            refused = decode_elements(in, *type, base + e.offset + i * type->entry->c_struct_sz);
+        return refused;
     }
     if (e.type == QMI_IDL_STRING) {
         if (in.size() > e.size)
-            return false;
+            return idl_long_string;
         std::copy(in.begin(), in.end(), base + e.offset);
         in = {};
-        return true;
+        return 0;
     }
     const uint32_t wire = qmi_idl::wire_width(e.type);
     if (in.size() < size_t{wire} * count)
-        return false;
+        return idl_wrong_length;
     const uint32_t width = qmi_idl::struct_width(e.type);
     for (uint32_t i = 0; i < count; ++i) {
-        store_value(base + e.offset + i * width, width, get_le(in, wire));
+        store_value(base + e.offset + i * width, width, field_value(e.type, get_le(in, wire)));
         in = in.subspan(wire);
     }
-    return true;
+    return 0;
 }
 
 /* Calls visit(tlv) for each TLV of the message until it returns false. */
@@ -200,6 +214,27 @@ template <typename Visit> bool each_tlv(const Message& message, Visit visit) {
         last = tlv.last;
     }
     return true;
+}
+
+/* Puts one TLV into the structure; marks it in seen. */
+int decode_tlv(const Message& message, uint8_t found, ByteView value, std::bitset<256>& seen,
+               uint8_t* base) {
+    int refused = 0;
+    bool known = false;
+    each_tlv(message, [&](const qmi_idl::Tlv& tlv) {
+        if (tlv.type != found)
+            return true;
+        known = true;
+        refused =
+            seen[found] ? idl_tlv_twice : decode_element(value, message.table, tlv.element, base);
+        if (refused == 0 && !value.empty())
+            refused = idl_wrong_length;
+        if (tlv.optional)
+            base[tlv.element.offset - tlv.valid_before] = 1;
+        seen[found] = true;
+        return false;
+    });
+    return !known && found < tlv_first_optional ? idl_unknown_tlv : refused;
 }
 
 } // namespace
@@ -232,43 +267,35 @@ std::optional<Bytes> encode_message(qmi_idl_service_object_type service,
     return encoded ? std::optional(out) : std::nullopt;
 }
 
-bool decode_message(qmi_idl_service_object_type service, qmi_idl_type_of_message_type type,
-                    uint32_t msg_id, ByteView tlvs, void* target) {
+int decode_message(qmi_idl_service_object_type service, qmi_idl_type_of_message_type type,
+                   uint32_t msg_id, ByteView tlvs, void* target) {
     const std::optional<Message> message = find_message(service, type, msg_id);
     if (!message)
-        return false;
+        return idl_unknown_message;
     auto* const base = static_cast<uint8_t*>(target);
     if (message->entry->c_struct_sz > 0)
         std::memset(base, 0, message->entry->c_struct_sz);
 
-    uint32_t seen = 0; /* mandatory TLVs, one bit per type 0..15 */
+    std::bitset<256> seen;
+    bool failed_response = false;
     while (!tlvs.empty()) {
-        if (tlvs.size() < 3)
-            return false;
+        if (tlvs.size() < tlv_head)
+            return idl_ends_early;
         const uint8_t found = tlvs[0];
         const size_t length = get_le(tlvs.subspan(1), 2);
-        tlvs = tlvs.subspan(3);
+        tlvs = tlvs.subspan(tlv_head);
         if (length > tlvs.size())
-            return false;
-        ByteView value = tlvs.first(length);
+            return idl_ends_early;
+        const ByteView value = tlvs.first(length);
         tlvs = tlvs.subspan(length);
-        const bool good = each_tlv(*message, [&](const qmi_idl::Tlv& tlv) {
-            if (tlv.type != found)
-                return true;
-            if (!decode_element(value, message->table, tlv.element, base) || !value.empty())
-                return false;
-            if (tlv.optional)
-                base[tlv.element.offset - tlv.valid_before] = 1;
-            else
-                seen |= 1U << tlv.type;
-            return true;
-        });
-        if (!good)
-            return false;
+        if (type == QMI_IDL_RESPONSE && found == tlv_result && length > 0)
+            failed_response = value[0] != 0;
+        if (const int refused = decode_tlv(*message, found, value, seen, base))
+            return refused;
     }
-    return each_tlv(*message, [&](const qmi_idl::Tlv& tlv) {
-        return tlv.optional || (seen >> tlv.type & 1) != 0;
-    });
+    const bool complete =
+        each_tlv(*message, [&](const qmi_idl::Tlv& tlv) { return tlv.optional || seen[tlv.type]; });
+    return complete || failed_response ? 0 : idl_tlv_missing;
 }
 
 } // namespace simphone

@@ -171,6 +171,23 @@ Bytes isd_r_apdu(ByteView apdu) {
     return reply({}, sw_data_not_found);
 }
 
+/* A template of the file control asked for: the file's descriptor (an application's) in that of
+ * parameters, the application's name in both. */
+Bytes select_answer(uint64_t file_control) {
+    constexpr uint64_t parameters = 1, information = 2;
+    constexpr uint8_t tag_parameters = 0x62, tag_information = 0x6F;
+    Bytes content;
+    if (file_control == parameters)
+        content = {0x82, 2, 0x78, 0x21};
+    else if (file_control != information)
+        return {};
+    content.insert(content.end(), {0x84, sizeof isd_r});
+    content.insert(content.end(), std::begin(isd_r), std::end(isd_r));
+    content.insert(content.begin(), {file_control == parameters ? tag_parameters : tag_information,
+                                     static_cast<uint8_t>(content.size())});
+    return content;
+}
+
 } // namespace
 
 std::optional<Bytes> read_eid(uint32_t slot) {
@@ -178,7 +195,7 @@ std::optional<Bytes> read_eid(uint32_t slot) {
     return ready(slot) && !eid.empty() ? std::optional(eid) : std::nullopt;
 }
 
-OpenedChannel open_channel(uint32_t slot, ByteView aid, bool with_fci) {
+OpenedChannel open_channel(uint32_t slot, ByteView aid, uint64_t file_control) {
     OpenedChannel opened;
     if (card_state(slot) != CardState::present) {
         opened.error = QMI_ERR_UIM_UNINITIALIZED;
@@ -202,11 +219,7 @@ OpenedChannel open_channel(uint32_t slot, ByteView aid, bool with_fci) {
     store_channels(channels);
     opened.channel = free_one;
     opened.card_word = sw_ok;
-    if (with_fci) {
-        /* Template 6F with the application's name, tag 84. */
-        opened.select = {0x6F, 2 + sizeof isd_r, 0x84, sizeof isd_r};
-        opened.select.insert(opened.select.end(), std::begin(isd_r), std::end(isd_r));
-    }
+    opened.select = select_answer(file_control);
     return opened;
 }
 

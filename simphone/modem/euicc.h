@@ -26,11 +26,12 @@ struct OpenedChannel {
     uint16_t error = 0;     /* of the QMI response */
     uint8_t channel = 0;    /* 1 to euicc/max_channels, when there is no error */
     uint16_t card_word = 0; /* status word of the card, 0 when it was not asked */
-    Bytes select;           /* answer to the selection, when file control information is wanted */
+    Bytes select;           /* answer to the selection, when one is wanted */
 };
 
-/* Only the ISD-R can be selected, and only on the eUICC. */
-OpenedChannel open_channel(uint32_t slot, ByteView aid, bool with_fci);
+/* Only the ISD-R can be selected, and only on the eUICC. file_control: 1, the answer to the
+ * selection is a file control parameters template; 2, a file control information; else none. */
+OpenedChannel open_channel(uint32_t slot, ByteView aid, uint64_t file_control);
 
 /* QMI error, 0 when it was open. */
 uint16_t close_channel(uint32_t slot, uint8_t channel);

@@ -67,8 +67,8 @@ Bytes get_eid(const TlvReader&, uint32_t slot) {
     return TlvWriter().result(QMI_ERR_NONE).counted(0x10, *eid, 1).take();
 }
 
-Bytes open_on(uint32_t slot, ByteView aid, bool with_fci) {
-    const OpenedChannel opened = open_channel(slot, aid, with_fci);
+Bytes open_on(uint32_t slot, ByteView aid, uint64_t file_control) {
+    const OpenedChannel opened = open_channel(slot, aid, file_control);
     TlvWriter response;
     response.result(opened.error);
     if (opened.error == QMI_ERR_NONE)
@@ -87,13 +87,13 @@ Bytes open_logical_channel(const TlvReader& request, uint32_t slot) {
     const std::optional<ByteView> aid = counted(request, 0x10, 1);
     if (!aid)
         return refuse(QMI_ERR_MISSING_ARG);
-    return open_on(slot, *aid, request.number(0x11).value_or(0) != 0);
+    return open_on(slot, *aid, request.number(0x11).value_or(0));
 }
 
 /* Opens with an AID, closes with a channel. */
 Bytes logical_channel(const TlvReader& request, uint32_t slot) {
     if (const std::optional<ByteView> aid = counted(request, 0x10, 1))
-        return open_on(slot, *aid, request.number(0x12).value_or(0) != 0);
+        return open_on(slot, *aid, request.number(0x12).value_or(0));
     const std::optional<uint64_t> channel = request.number(0x11);
     if (!channel)
         return refuse(QMI_ERR_MISSING_ARG);

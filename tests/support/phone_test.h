@@ -1,4 +1,4 @@
-/* A phone of its own for each test, and what a test asks of it. */
+/* A fresh phone for each test, and what a test asks of it. */
 #pragma once
 
 #include <cstdlib>
@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "scratch.h"
 
@@ -24,14 +25,24 @@ class PhoneTest : public testing::Test {
         return testing::internal::GetCapturedStdout();
     }
 
-  protected:
-    PhoneTest() { ::setenv("KVT_PHONE", (dir_ / "phone").c_str(), 1); }
-    ~PhoneTest() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(dir_, ignored);
+    /* Runs action in a process of its own: for what a process reads once. Comes before the tests
+     * that read it in this one. */
+    template <typename Action> static void in_own_process(Action action) {
+        EXPECT_EXIT(
+            {
+                action();
+                std::fflush(stdout);
+                ::_exit(HasFailure() ? 1 : 0);
+            },
+            testing::ExitedWithCode(0), "");
     }
 
-    std::filesystem::path phone() const { return dir_ / "phone"; }
+  protected:
+    PhoneTest() { std::filesystem::remove_all(phone()); }
+
+    /* The same place in every test: the environment is set before there are threads that read it.
+     */
+    static std::filesystem::path phone() { return folder().path / "phone"; }
 
     void put(const std::filesystem::path& name, const std::string& bytes) {
         std::filesystem::create_directories((phone() / name).parent_path());
@@ -61,5 +72,16 @@ class PhoneTest : public testing::Test {
     }
 
   private:
-    const std::filesystem::path dir_ = new_scratch_folder();
+    struct Folder {
+        const std::filesystem::path path = new_scratch_folder();
+        Folder() { ::setenv("KVT_PHONE", (path / "phone").c_str(), 1); }
+        ~Folder() {
+            std::error_code ignored;
+            std::filesystem::remove_all(path, ignored);
+        }
+    };
+    static Folder& folder() {
+        static Folder folder;
+        return folder;
+    }
 };

@@ -19,6 +19,21 @@ void logging_function() {
     ORVIK_ERR("broken %s", "thing");
 }
 
+TEST_F(LogLinesTest, WithBothFlagsOffOnlyErrorsAppear) {
+    for (const char* const off : {"0", "11", "1 ", " 1", "true"}) {
+        put("prop/persist.vendor.radio.adb_log_ov", off);
+        put("log", "");
+        in_own_process([] {
+            g_orvik_stdout_print_flag = 0;
+            EXPECT_THAT(printed(logging_function),
+                        testing::MatchesRegex("RIL.logging_function:[0-9]+.: broken thing\n"));
+        });
+        EXPECT_EQ(logged({"syslog 7 rild print is stoped"}), 1) << off;
+        EXPECT_EQ(logged({"syslog 7 SUB"}), 0);
+        EXPECT_EQ(logged({"syslog 3 SUB"}), 1);
+    }
+}
+
 TEST_F(LogLinesTest, BothFormsNameFunctionAndFile) {
     const std::string text = printed(logging_function);
     EXPECT_THAT(text, testing::MatchesRegex(
@@ -43,24 +58,6 @@ TEST_F(LogLinesTest, ALineLeavesErrnoAndTakesItsArgumentsOnce) {
     });
     EXPECT_EQ(calls, 2);
 }
-
-TEST_F(LogLinesTest, WithBothFlagsOffOnlyErrorsAppear) {
-    put("prop/persist.vendor.radio.adb_log_ov", "0");
-    g_orvik_stdout_print_flag = 0;
-    const std::string text = printed(logging_function);
-    EXPECT_THAT(text, testing::MatchesRegex("RIL.logging_function:[0-9]+.: broken thing\n"));
-    EXPECT_EQ(logged({"syslog 7 rild print is stoped"}), 1);
-    EXPECT_EQ(logged({"syslog 7 SUB"}), 0);
-    EXPECT_EQ(logged({"syslog 3 SUB"}), 1);
-}
-
-class PrintProperty : public LogLinesTest, public testing::WithParamInterface<const char*> {};
-
-TEST_P(PrintProperty, AnythingButExactlyOneTurnsLinesOff) {
-    put("prop/persist.vendor.radio.adb_log_ov", GetParam());
-    EXPECT_EQ(orvik_qcril_get_print_flag(), 0);
-}
-INSTANTIATE_TEST_SUITE_P(Values, PrintProperty, testing::Values("11", "10", "1 ", " 1", "true"));
 
 TEST_F(LogLinesTest, BaseNameIsWhatFollowsTheLastSlash) {
     EXPECT_STREQ(orvik_base_name("modem/hal/x.cpp"), "x.cpp");

@@ -116,7 +116,7 @@ TEST_F(StatsQueryTest, LengthsAtTheirLimit) {
     put("stats/1.94", std::string(700, '\0'));
     EXPECT_THAT(query("7", "1"), HasSubstr("data_len = 700\nASDIV DATA: rssi_rx0: 0.00"));
     put("stats/1.94", std::string(701, '\0'));
-    EXPECT_EQ(query("7", "1"), "Fail to get data fail, number = 2, ret = 12, sub = 1, id = 94\n");
+    EXPECT_EQ(query("7", "1"), "Fail to get data fail, number = 2, ret = 1, sub = 1, id = 94\n");
     EXPECT_EQ(g_ravex_data_len, 0);
 }
 

@@ -22,18 +22,19 @@ bool list_is_sound() {
     return count == list.count && last == list.tail;
 }
 
-TEST_F(TracedAllocTest, OnlyExactlyTrueTraces) {
-    put("prop/persist.ravex.mem_trace", "true ");
-    void* const block = ravex_malloc_adv(8, "test", 1);
-    EXPECT_EQ(ravex_mem_trace_list().count, 0u);
-    ravex_free_adv(block, "test", 1);
-}
-
-TEST_F(TracedAllocTest, WithoutThePropertyOneLineSaysSo) {
-    ravex_free_adv(ravex_malloc_adv(8, "test", 1), "test", 1);
-    ravex_free_adv(ravex_malloc_adv(8, "test", 1), "test", 1);
+TEST_F(TracedAllocTest, OnlyExactlyTrueTracesAndNothingIsToldOnce) {
+    const auto allocate_twice = [] {
+        for (int i = 0; i < 2; ++i)
+            ravex_free_adv(ravex_malloc_adv(8, "test", 1), "test", 1);
+        void* const block = ravex_malloc_adv(8, "test", 1);
+        EXPECT_EQ(ravex_mem_trace_list().count, 0u);
+        ravex_free_adv(block, "test", 1);
+    };
+    in_own_process(allocate_twice);
     EXPECT_EQ(logged({"android 3 RAVEX ravex_mem_init: RAVEX_MEM_TRACE_PROP not exist"}), 1);
     EXPECT_EQ(logged({"call property_get:persist.ravex.mem_trace"}), 1);
+    put("prop/persist.ravex.mem_trace", "true ");
+    in_own_process(allocate_twice);
 }
 
 TEST_F(TracedAllocTest, ListStaysRightWhenHeadMiddleAndTailGo) {

@@ -23,10 +23,9 @@ constexpr const char* eid_hex = "89001000000000000000000001234502";
 class UimTest : public PhoneTest {
   protected:
     UimTest() {
-        uim_qmi_client_recovery(); /* one that an earlier test's phone knew */
-        g_orvik_stdout_print_flag = 1;
         put("restart_ms", "30");
     }
+    ~UimTest() override { uim_qmi_client_recovery(); } /* no client outlives its phone */
 
     void fault(const std::string& rules) { put("faults", rules); }
 
@@ -142,8 +141,8 @@ TEST_F(UimTest, EveryMessageCrossesAsItsPublicTlvs) {
     for (const std::string& response : {
              eid_response,
              std::string("2f001500" "02040000000000" "150b00ffffffffffffffff020101"),
-             std::string("42002800" "02040000000000" "10010001" "1102009000"
-                         "121500146f128410a0000005591010ffffffff8900000100"),
+             std::string("42002c00" "02040000000000" "10010001" "1102009000"
+                         "12190018621682027821" "8410a0000005591010ffffffff8900000100"),
              std::string("3b001400" "02040000000000" "100a000800bf34038001009000"),
              std::string("3f000700" "02040000000000"),
          })

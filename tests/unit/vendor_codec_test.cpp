@@ -15,7 +15,7 @@ using simphone::to_hex;
 
 const qmi_idl_service_object_type service = orvik_extend_get_service_object_internal_v01(1, 1, 6);
 
-template <typename Record> bool decode(unsigned msg_id, const Bytes& tlvs, Record& record) {
+template <typename Record> int decode(unsigned msg_id, const Bytes& tlvs, Record& record) {
     return simphone::decode_message(service, QMI_IDL_INDICATION, msg_id, tlvs, &record);
 }
 
@@ -70,7 +70,7 @@ TEST(VendorCodec, Indication05Holds20ItemsA) {
     orvik_extend_ind_05 record{};
     const Bytes tlvs = from_hex(head + ("036004" + repeated(item, 20)));
     ASSERT_EQ(tlvs.size(), 1137u);
-    ASSERT_TRUE(decode(0x05, tlvs, record));
+    ASSERT_EQ(decode(0x05, tlvs, record), 0);
     EXPECT_EQ(record.first, 0x11u);
     EXPECT_EQ(record.second, 0x22u);
     EXPECT_EQ(record.items[19].value, 0x8000000000000001u);
@@ -81,38 +81,86 @@ TEST(VendorCodec, Indication05Holds20ItemsA) {
 TEST(VendorCodec, Indication06Holds10CountedArrays) {
     orvik_extend_ind_06 record{};
     const std::string full = "05" + repeated(item_b, 5);
-    ASSERT_TRUE(decode(0x06, from_hex(head + ("03ba04" + repeated(full, 10))), record));
+    ASSERT_EQ(decode(0x06, from_hex(head + ("03ba04" + repeated(full, 10))), record), 0);
     EXPECT_EQ(record.items[9].items_len, 5u);
     EXPECT_EQ(record.items[9].items[4].values[3], 4u);
     /* 10 bytes of counts: nothing in any array */
-    ASSERT_TRUE(decode(0x06, from_hex(head + ("030a00" + repeated("00", 10))), record));
+    ASSERT_EQ(decode(0x06, from_hex(head + ("030a00" + repeated("00", 10))), record), 0);
     EXPECT_EQ(record.items[9].items_len, 0u);
     /* a count of 6 in an array of 5 */
     const std::string over = "06" + repeated(item_b, 6);
-    EXPECT_FALSE(decode(0x06, from_hex(head + ("039900" + over + repeated("00", 9))), record));
+    EXPECT_EQ(decode(0x06, from_hex(head + ("039900" + over + repeated("00", 9))), record), -41);
 }
 
 TEST(VendorCodec, Indications07And08AndThe41BytesOf08) {
     orvik_extend_pair pair{};
-    ASSERT_TRUE(decode(0x07, from_hex(head), pair));
+    ASSERT_EQ(decode(0x07, from_hex(head), pair), 0);
     EXPECT_EQ(pair.second, 0x22u);
     orvik_extend_ind_08 record{};
     const Bytes tlvs = from_hex(head + ("031800" + std::string(item_b)));
     ASSERT_EQ(tlvs.size(), 41u);
-    ASSERT_TRUE(decode(0x08, tlvs, record));
+    ASSERT_EQ(decode(0x08, tlvs, record), 0);
     EXPECT_EQ(record.item.value, 8u);
     EXPECT_EQ(record.item.values[3], 4u);
 }
 
-TEST(VendorCodec, BadTlvsAreRefused) {
+TEST(VendorCodec, BadTlvsAreRefusedByTheFieldsRules) {
+    static const struct {
+        unsigned msg_id;
+        std::string tlvs;
+        int result;
+    } cases[] = {
+        {0x07, "010400110000", -40},
+        {0x07, "0104001100000002", -40},
+        {0x07, "01ffff11", -40},
+        {0x04, head, -42}, /* no such message */
+        {0x07, std::string(head) + "01040011000000", -44},
+        {0x07, "010500110000000002040022000000", -45},
+        {0x07, "01030011000002040022000000", -45},
+        {0x07, "01040011000000", -46},
+        {0x07, std::string(head) + "0f0000", -49},
+        {0x07, std::string(head) + "99020012ab9901000a", 0},
+    };
     orvik_extend_pair pair{};
-    for (const char* bad : {"010400110000", "0104001100000002", "01040011000000",
-                            "0105001100000000"
-                            "02040022000000",
-                            "01030011000002040022000000", "01ffff11"})
-        EXPECT_FALSE(decode(0x07, from_hex(bad), pair)) << bad;
-    EXPECT_TRUE(decode(0x07, from_hex(head + std::string("99020012ab")), pair)); /* not known */
-    EXPECT_FALSE(decode(0x04, from_hex(head), pair));                            /* no such one */
+    for (const auto& c : cases)
+        EXPECT_EQ(decode(c.msg_id, from_hex(c.tlvs), pair), c.result) << c.tlvs;
+}
+
+/* Only a response's TLV 0x02 counts, and its first byte alone. */
+TEST(VendorCodec, AFailedResponseMayLackMandatoryTlvs) {
+    orvik_extend_common_record record{};
+    const auto response = [&](const char* tlvs) {
+        return simphone::decode_message(service, QMI_IDL_RESPONSE, 2, from_hex(tlvs), &record);
+    };
+    EXPECT_EQ(response("02040001000000"), 0);
+    EXPECT_EQ(record.data_len, 1u);
+    EXPECT_EQ(response("02040000010000"), -46);
+    EXPECT_EQ(response("01040001000000"), -46);
+    EXPECT_EQ(decode(0x03, from_hex("02040001000000"), record), -46);
+}
+
+/* An object that states no referenced tables, and a field of each enumeration. */
+TEST(VendorCodec, EnumerationsAreSignedAndTablesNotCounted) {
+    struct Record {
+        int32_t narrow, wide;
+    };
+    static constexpr uint8_t elements[] = {QMI_IDL_1_BYTE_ENUM, 0, QMI_IDL_2_BYTE_ENUM, 4,
+                                           QMI_IDL_TYPE_END};
+    static constexpr qmi_idl_type_table_entry types[] = {{sizeof(Record), elements}};
+    static constexpr uint8_t tlv[] = {QMI_IDL_TLV_LAST | 1, QMI_IDL_AGGREGATE, 0, 0, 0};
+    static constexpr qmi_idl_message_table_entry messages[] = {{sizeof(Record), tlv}};
+    static constexpr qmi_idl_service_message_table_entry rows[] = {{1, 0, 6}};
+    static qmi_idl_type_table_object table;
+    static const qmi_idl_type_table_object* tables[] = {&table};
+    table = {1, 1, 0, types, messages, tables, nullptr};
+    const qmi_idl_service_object object = {
+        6, 1, 1, 6, {0, 0, 1}, {nullptr, nullptr, rows}, &table, 0, nullptr};
+    Record record{};
+    EXPECT_EQ(
+        simphone::decode_message(&object, QMI_IDL_INDICATION, 1, from_hex("010300fffeff"), &record),
+        0);
+    EXPECT_EQ(record.narrow, -1);
+    EXPECT_EQ(record.wide, -2);
 }
 
 class VendorIndication : public PhoneTest {};

@@ -127,11 +127,11 @@ TEST_F(VsIndicationsTest, BytesThatNobodyCanDecode) {
     connect();
     EXPECT_TRUE(events().empty());
     EXPECT_EQ(logged({"android 6 RAVEX vs_client_unsol_ind_cb: Indication decode failed for msg "
-                      "0x4 with error -1"}),
+                      "0x4 with error -40"}),
               1);
-    EXPECT_EQ(logged({"Indication decode failed for msg 0x204 with error -1"}), 1);
+    EXPECT_EQ(logged({"Indication decode failed for msg 0x204 with error -41"}), 1);
     EXPECT_EQ(logged({"Indication decode failed for msg 0x777 with error -17"}), 1);
-    EXPECT_EQ(logged({"Indication decode failed for msg 0x601 with error -1"}), 1);
+    EXPECT_EQ(logged({"Indication decode failed for msg 0x601 with error -40"}), 1);
 }
 
 TEST_F(VsIndicationsTest, WithoutAHandlerNothingIsDecoded) {

@@ -1,12 +1,10 @@
 #include "converters.h"
 
-#include <array>
-#include <cmath>
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 #include "log_lines.h"
 
@@ -15,24 +13,18 @@ namespace {
 constexpr size_t max_hex_digits = 50;
 
 int input_is_null() {
-    if (orvik_stdout_print_on())
-        std::puts("\ninput is null");
+    orvik_print("\ninput is null\n");
     return 0;
 }
 
-int32_t hex_digit(char c) {
+uint32_t hex_digit(char c) {
     if (c >= '0' && c <= '9')
-        return c - '0';
+        return static_cast<uint32_t>(c - '0');
     if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
+        return static_cast<uint32_t>(c - 'a' + 10);
     if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
+        return static_cast<uint32_t>(c - 'A' + 10);
     return 0;
-}
-
-int32_t saturated(double value) {
-    constexpr int32_t most = std::numeric_limits<int32_t>::max();
-    return value >= static_cast<double>(most) ? most : static_cast<int32_t>(value);
 }
 
 } // namespace
@@ -51,13 +43,11 @@ int orvik_hex_string_to_int(const char* str) {
     const size_t count = std::strlen(str);
     if (count > max_hex_digits)
         return 0;
-    std::array<int32_t, max_hex_digits> digits{};
-    for (size_t i = 0; i < count; ++i)
-        digits[i] = hex_digit(str[i]);
     uint32_t sum = 0;
     for (size_t i = 0; i < count; ++i) {
-        const double weight = std::pow(16.0, static_cast<double>(count - 1 - i));
-        sum += static_cast<uint32_t>(saturated(digits[i] * weight));
+        const uint64_t digit = hex_digit(str[i]);
+        const size_t places = std::min<size_t>(count - 1 - i, 8); /* a digit there is too large */
+        sum += static_cast<uint32_t>(std::min<uint64_t>(digit << (4 * places), INT32_MAX));
     }
     return static_cast<int32_t>(sum);
 }

@@ -18,14 +18,16 @@ constexpr int print_flag_not_read = 2;
 /* Two threads that ask first at once may both read the property; they store the same. */
 std::atomic<int> g_print_flag{print_flag_not_read};
 
-void log_line(int priority, bool to_system_log, bool to_stdout, const char* fmt, va_list args) {
-    if (to_system_log) {
+void log_line(int priority, const char* fmt, va_list args) {
+    const int error = errno;
+    const bool always = priority == LOG_ERR;
+    if (always || orvik_qcril_get_print_flag() == 1) {
         va_list copy;
         va_copy(copy, args);
         vsyslog(priority, fmt, copy);
         va_end(copy);
     }
-    if (to_stdout) {
+    if (always || g_orvik_stdout_print_flag != 0) {
         va_arg(args, const char*); /* the file, which this form does not show */
         const int line = va_arg(args, int);
         const char* const function = va_arg(args, const char*);
@@ -35,6 +37,7 @@ void log_line(int priority, bool to_system_log, bool to_stdout, const char* fmt,
         std::putchar('\n');
         funlockfile(stdout);
     }
+    errno = error;
 }
 
 } // namespace
@@ -77,20 +80,23 @@ void orvik_ril_syslog_err(const char* fmt, ...) {
 }
 
 void orvik_log_dbg(const char* fmt, ...) {
-    const int error = errno;
     va_list args;
     va_start(args, fmt);
-    log_line(LOG_DEBUG, orvik_qcril_get_print_flag() == 1, g_orvik_stdout_print_flag != 0, fmt,
-             args);
+    log_line(LOG_DEBUG, fmt, args);
     va_end(args);
-    errno = error;
 }
 
 void orvik_log_err(const char* fmt, ...) {
-    const int error = errno;
     va_list args;
     va_start(args, fmt);
-    log_line(LOG_ERR, true, true, fmt, args);
+    log_line(LOG_ERR, fmt, args);
     va_end(args);
-    errno = error;
+}
+
+int orvik_log_failed(int result, const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    log_line(LOG_DEBUG, fmt, args);
+    va_end(args);
+    return result;
 }

@@ -31,6 +31,7 @@ void orvik_ril_syslog_err(const char* fmt, ...) __attribute__((format(printf, 1,
  * arguments are the prefix's. */
 void orvik_log_dbg(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 void orvik_log_err(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+int orvik_log_failed(int result, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
 /* What stands after the last slash of a source path. */
 consteval const char* orvik_base_name(std::string_view path) {
@@ -46,6 +47,14 @@ consteval const char* orvik_base_name(std::string_view path) {
                   function __VA_OPT__(, ) __VA_ARGS__)
 
 #define ORVIK_DBG(text, ...) ORVIK_DBG_IN(__func__, text __VA_OPT__(, ) __VA_ARGS__)
+
+/* A debug line that says why, and the result to return for it. */
+#define ORVIK_FAILED_IN(function, result, text, ...)                                               \
+    orvik_log_failed(result, ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,           \
+                     function __VA_OPT__(, ) __VA_ARGS__)
+
+#define ORVIK_FAILED(result, text, ...)                                                            \
+    ORVIK_FAILED_IN(__func__, result, text __VA_OPT__(, ) __VA_ARGS__)
 
 #define ORVIK_ERR(text, ...)                                                                       \
     orvik_log_err(ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,                      \

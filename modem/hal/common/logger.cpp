@@ -1,29 +1,17 @@
 #include "logger.h"
 
+#include <atomic>
 #include <cstdio>
-#include <mutex>
+#include <cstring>
 
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include "immortal.h"
 
 namespace qti::ril::logger {
 
 namespace {
 
-constexpr const char* default_logger = "stdout";
-
-/* A framework thread may log while the process ends. */
-struct Current {
-    std::mutex mutex;
-    std::unique_ptr<LoggerImpl> logger;
-};
-
-Current& current() {
-    static immortal<Current> instance;
-    return instance.value;
-}
+std::atomic<LoggerImpl*> g_logger{&StdoutLogger};
 
 const char* level_name(int level) {
     switch (level) {
@@ -37,52 +25,38 @@ const char* level_name(int level) {
     }
 }
 
+void write_stdout(int level, const char* tag, const char* text) {
+    std::printf("[%s:%s]: %s\n", level_name(level), tag, text);
+}
+
+struct LoggerFactory {
+    const char* name;
+    LoggerImpl* logger;
+};
+
+constexpr LoggerFactory factories[] = {{"stdout", &StdoutLogger}};
+
 } // namespace
+
+LoggerImpl StdoutLogger = {write_stdout};
 
 pid_t my_gettid() { return static_cast<pid_t>(::syscall(SYS_gettid)); }
 
-void LoggerImpl::log(int level, const std::string& tag, const std::string& text) {
-    if (level <= max_level_)
-        write(level, tag, text);
-}
-
-void StdoutLogger::write(int level, const std::string& tag, const std::string& text) {
-    std::printf("[%s:%s]: %s\n", level_name(level), tag.c_str(), text.c_str());
-}
-
-std::map<std::string, LoggerFactory::Make>& LoggerFactory::factories() {
-    static immortal<std::map<std::string, Make>> instance(std::map<std::string, Make>{
-        {default_logger, [] { return std::make_unique<StdoutLogger>(); }}});
-    return instance.value;
-}
-
-void LoggerFactory::add(const std::string& name, Make make) { factories()[name] = std::move(make); }
-
-std::unique_ptr<LoggerImpl> LoggerFactory::make(const std::string& name) {
-    const auto it = factories().find(name);
-    return it == factories().end() ? nullptr : it->second();
-}
-
-bool Logger::init(const std::string& name) {
-    std::unique_ptr<LoggerImpl> logger = LoggerFactory::make(name);
-    if (logger == nullptr) {
-        std::puts("QCRIL Logger Initialization failure");
-        return false;
+bool Logger::init(const char* name) {
+    for (const LoggerFactory& factory : factories) {
+        if (std::strcmp(factory.name, name) == 0) {
+            g_logger = factory.logger;
+            return true;
+        }
     }
-    const std::lock_guard guard(current().mutex);
-    current().logger = std::move(logger);
-    return true;
+    std::puts("QCRIL Logger Initialization failure");
+    return false;
 }
 
-void Logger::log(int level, const std::string& tag, const std::string& text) {
-    Current& in_use = current();
-    {
-        const std::lock_guard guard(in_use.mutex);
-        if (in_use.logger != nullptr)
-            return in_use.logger->log(level, tag, text);
-    }
-    if (init(default_logger))
-        log(level, tag, text);
+void Logger::log(int level, const char* tag, const char* text) {
+    const LoggerImpl* const logger = g_logger;
+    if (level <= logger->max_level)
+        logger->write(level, tag, text);
 }
 
 } // namespace qti::ril::logger

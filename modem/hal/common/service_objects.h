@@ -15,15 +15,11 @@ enum {
     ORVIK_UIM_IDL_MINOR = QMI_UIM_IDL_MINOR,
 };
 
-qmi_idl_service_object_type vs_get_service_object_internal_v01(int32_t idl_maj_version,
-                                                               int32_t idl_min_version,
-                                                               int32_t library_version);
-qmi_idl_service_object_type sar_get_service_object_internal_v01(int32_t idl_maj_version,
-                                                                int32_t idl_min_version,
-                                                                int32_t library_version);
-qmi_idl_service_object_type nas_get_service_object_internal_v01(int32_t idl_maj_version,
-                                                                int32_t idl_min_version,
-                                                                int32_t library_version);
-qmi_idl_service_object_type uim_get_service_object_internal_v01(int32_t idl_maj_version,
-                                                                int32_t idl_min_version,
-                                                                int32_t library_version);
+using service_object_accessor = qmi_idl_service_object_type(int32_t idl_maj_version,
+                                                            int32_t idl_min_version,
+                                                            int32_t library_version);
+
+service_object_accessor vs_get_service_object_internal_v01;
+service_object_accessor sar_get_service_object_internal_v01;
+service_object_accessor nas_get_service_object_internal_v01;
+service_object_accessor uim_get_service_object_internal_v01;

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
-#include <new>
 
 #include <pthread.h>
 #include <unistd.h>
@@ -116,11 +115,7 @@ void* qcril_malloc_adv(size_t size) {
                       orvik_base_name(__FILE__), __LINE__, thread_name,
                       static_cast<long>(::getpid()),
                       static_cast<long>(qti::ril::logger::my_gettid()), __func__);
-        /* The logger may want memory, too. */
-        try {
-            qti::ril::logger::Logger::log(logger_error_level, "util", text);
-        } catch (const std::bad_alloc&) {
-        }
+        qti::ril::logger::Logger::log(logger_error_level, "util", text);
     }
     return block;
 }

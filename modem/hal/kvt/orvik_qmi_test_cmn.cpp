@@ -7,10 +7,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <string>
+#include <string_view>
 
 #include <unistd.h>
 
+#include "bytes.h"
+#include "common_records.h"
 #include "converters.h"
 #include "dispatch.h"
 #include "esim.h"
@@ -46,26 +48,23 @@ int orvik_test_qmi_send_data_do(int argc, char** argv) {
     }
 
     const int typed = argc - raw_first_data;
-    if (orvik_stdout_print_on())
-        std::printf("ov_qmi req data(qmi_id: %d, len: %d[max: %d]):\n", qmi_id, typed,
-                    static_cast<int>(raw_max));
+    orvik_print("ov_qmi req data(qmi_id: %d, len: %d[max: %d]):\n", qmi_id, typed,
+                static_cast<int>(raw_max));
     std::array<uint8_t, raw_max> request{};
     const size_t count = std::min<size_t>(static_cast<size_t>(typed), raw_max);
     for (size_t i = 0; i < count; ++i) {
         request[i] = static_cast<uint8_t>(orvik_string_to_int(argv[raw_first_data + i]));
-        if (orvik_stdout_print_on())
-            std::printf("0x%02X ", request[i]);
+        orvik_print("0x%02X ", request[i]);
     }
 
     std::array<uint8_t, ORVIK_EXTEND_DATA_SIZE> response{};
-    uint32_t response_length = 0; /* no capacity: the response's bytes are not shown */
+    /* Published: no capacity is stated, so no bytes of the response are shown. */
+    uint32_t response_length = 0;
     const int result = orvik_extend_qmi_send_sync(qmi_id, request.data(), static_cast<int>(count),
                                                   response.data(), &response_length);
-    if (orvik_stdout_print_on())
-        std::printf("qmi_id = %d, result = %d\n", qmi_id, result);
+    orvik_print("qmi_id = %d, result = %d\n", qmi_id, result);
     if (result != 0) {
-        if (orvik_stdout_print_on())
-            std::puts("orvik_extend_qmi_send_sync fail");
+        orvik_print("orvik_extend_qmi_send_sync fail\n");
         show_help(GROUP_QMI_SEND_DATA);
         return 0;
     }
@@ -79,70 +78,34 @@ int orvik_test_qmi_send_data_do(int argc, char** argv) {
 
 /* ==== typed commands ==== */
 
-namespace {
-
-/* The record of request kind 4; record kind and numbers are little-endian as on both processors. */
-struct cmn_cmd_record {
-    uint32_t kind;
-    uint32_t zero;
-    uint32_t type;
-    uint32_t len;
-    uint8_t payload[496];
-};
-static_assert(sizeof(cmn_cmd_record) == ORVIK_EXTEND_DATA_SIZE);
-
-constexpr uint32_t cmn_cmd_kind = 2;
-constexpr unsigned cmn_cmd_payload_max = 491;
-
-/* Offsets in the response; type, length and payload are shown. */
-constexpr size_t cmn_rsp_result = 4;
-constexpr size_t cmn_rsp_shown = 8;
-constexpr size_t cmn_rsp_len = 12;
-
-template <typename T> T load(const uint8_t* from) {
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
-} // namespace
-
 int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
-    const bool print = orvik_stdout_print_on();
-    if (print)
-        std::printf("orvik_cmn_cmd_send, t: %d, l: %d\n", type, len);
-    cmn_cmd_record record{};
-    record.kind = cmn_cmd_kind;
+    orvik_print("orvik_cmn_cmd_send, t: %d, l: %d\n", type, len);
+    orvik_typed_record record{};
+    record.code = COMMON_CODE_TYPED;
     record.type = static_cast<uint32_t>(type);
-    if (data != nullptr && len <= cmn_cmd_payload_max) {
+    if (data != nullptr && len <= ORVIK_TYPED_DATA_MAX) {
         record.len = len;
-        std::memcpy(record.payload, data, len);
+        std::memcpy(record.data, data, len);
     }
-    uint8_t request[sizeof record];
-    std::memcpy(request, &record, sizeof request);
-    std::array<uint8_t, ORVIK_EXTEND_DATA_SIZE> response{};
+    orvik_common_reply reply{};
     uint32_t capacity = ORVIK_COMMON_REPLY_SIZE;
-    const int result = orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, request, sizeof request,
-                                                  response.data(), &capacity);
-    const auto rsp_result = load<int32_t>(response.data() + cmn_rsp_result);
-    if (print)
-        std::printf("result = %d, rsp.result = %d\n", result, rsp_result);
+    const int result = orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, bytes_of(record),
+                                                  sizeof record, &reply, &capacity);
+    orvik_print("result = %d, rsp.result = %d\n", result, reply.result);
     if (result != 0) {
-        if (print)
-            std::puts("orvik_extend_qmi_send_sync fail");
+        orvik_print("orvik_extend_qmi_send_sync fail\n");
         return result;
     }
-    if (rsp_result != 0) {
-        if (print)
-            std::puts("rsp.result fail");
+    if (reply.result != 0) {
+        orvik_print("rsp.result fail\n");
         return 0;
     }
-    /* The length is shown as the modem states it; bytes there are as far as the buffer reaches. */
-    const uint32_t stated = load<uint32_t>(response.data() + cmn_rsp_len) + cmn_rsp_shown;
-    if (print) {
+    /* Type and length are shown too. The length is shown as the modem states it; bytes there are as
+     * far as the buffer reaches. */
+    const auto stated = static_cast<uint32_t>(get_le(reply.data + 4, 4) + 8);
+    if (orvik_stdout_print_on()) {
         std::printf("\ndata len(%d)\ndata:", static_cast<int>(stated));
-        print_bytes_line({response.data() + cmn_rsp_shown,
-                          std::min<size_t>(stated, response.size() - cmn_rsp_shown)});
+        print_bytes_line({reply.data, std::min<size_t>(stated, sizeof reply.data)});
     }
     return 0;
 }
@@ -160,11 +123,6 @@ constexpr uint32_t diag_worker_time_ms = 10000;
 
 int orvik_cmn_diag_cmd_send(int argc, char** argv) {
     ORVIK_FUNCTION_SCOPE();
-    const bool print = orvik_stdout_print_on();
-    const auto print_line = [print](const char* text) {
-        if (print)
-            std::puts(text);
-    };
     if (argc <= diag_first_byte) {
         usage_note(GROUP_CMN, NOTE_TOO_FEW_INPUTS);
         return 0;
@@ -173,44 +131,42 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
     const bool with_result = std::atoi(argv[4]) == 0;
     const auto time_out = static_cast<uint32_t>(std::atoi(argv[5]));
 
-    print_line("diag cmd:");
-    /* The engine is told how many bytes were typed, kept or not; it refuses what is too long. */
+    orvik_print("diag cmd:\n");
+    /* The engine gets the count that was typed, and refuses more than it takes. */
     const auto typed = static_cast<uint32_t>(argc - diag_first_byte);
     std::array<uint8_t, diag_command_size> command{};
     const size_t count = std::min<size_t>(typed, command.size());
     for (size_t i = 0; i < count; ++i) {
         command[i] = static_cast<uint8_t>(orvik_string_to_int(argv[diag_first_byte + i]));
-        if (print)
-            std::printf("0x%02X ", command[i]);
+        orvik_print("0x%02X ", command[i]);
     }
-    print_line("");
+    orvik_print("\n");
 
     std::array<uint8_t, diag_response_size> response{};
     uint32_t response_len = diag_response_size;
     int result;
     if (dci && !with_result) {
-        print_line("dci mode without result");
+        orvik_print("dci mode without result\n");
         result = orvik_diag_cmd_send_without_result_by_dci_mode(command.data(), typed);
     } else if (dci) {
-        print_line("dci mode with result");
+        orvik_print("dci mode with result\n");
         result = orvik_diag_cmd_send_with_result_by_dci_mode(command.data(), typed, time_out,
                                                              response.data(), &response_len);
     } else if (!with_result) {
-        print_line("callback mode without result");
+        orvik_print("callback mode without result\n");
         result = orvik_diag_cmd_send_without_result_by_callback_mode(command.data(), typed);
     } else {
-        print_line("callback mode with result");
+        orvik_print("callback mode with result\n");
         result = orvik_diag_cmd_send_with_result_by_callback_mode(command.data(), typed, time_out,
                                                                   response.data(), &response_len);
     }
     if (result != 0) {
-        print_line("orvik_diag_cmd_send fail");
+        orvik_print("orvik_diag_cmd_send fail\n");
         return result;
     }
     if (with_result) {
-        if (print) {
-            /* The thread that counted the wait may still have a line to write: not into this one.
-             */
+        if (orvik_stdout_print_on()) {
+            /* One line, whatever the thread that counted the wait still writes. */
             flockfile(stdout);
             std::printf("\nrsp data len(%d)\nrsp data:", response_len);
             for (uint32_t i = 0; i < response_len; ++i)
@@ -219,7 +175,7 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
             funlockfile(stdout);
         }
     } else {
-        print_line("\ndone without rsp data");
+        orvik_print("\ndone without rsp data\n");
         /* The process must not end under the worker. */
         orvik_diag_wait_for_workers(diag_worker_time_ms);
     }
@@ -241,46 +197,37 @@ enum {
 constexpr int cmn_first_value = 3;
 constexpr size_t cmn_max_values = 100;
 
-void say(const char* line) {
-    if (orvik_stdout_print_on())
-        std::puts(line);
-}
-
-/* Sends a typed command with count numbers, the arguments from the third on, as kept(number). */
-template <typename Kept> int send_numbers(int type, int count, int argc, char** argv, Kept kept) {
-    const bool print = orvik_stdout_print_on();
+/* Sends a typed command with count numbers, the arguments from the third on; flags: each as 0 or 1,
+ * else as typed. */
+int send_numbers(int type, int count, bool flags, int argc, char** argv) {
     if (argc != count + cmn_first_value) {
         usage_note(GROUP_CMN, NOTE_NEED_INPUTS, count + cmn_first_value);
         return ORVIK_USAGE_ERROR;
     }
-    if (print)
-        std::printf("param(cnt: %d):\n", count);
-    std::array<uint32_t, cmn_max_values> values{};
+    orvik_print("param(cnt: %d):\n", count);
+    std::array<int32_t, cmn_max_values> values{};
     for (int i = 0; i < count; ++i) {
-        const int value = kept(std::atoi(argv[cmn_first_value + i]));
-        values[static_cast<size_t>(i)] = static_cast<uint32_t>(value);
-        if (print)
-            std::printf(" %d", value);
+        int32_t& value = values[static_cast<size_t>(i)];
+        value = std::atoi(argv[cmn_first_value + i]);
+        if (flags)
+            value = value != 0 ? 1 : 0;
+        orvik_print(" %d", value);
     }
-    if (print)
-        std::putchar('\n');
-    char payload[sizeof values];
-    std::memcpy(payload, values.data(), sizeof payload);
-    return orvik_cmn_cmd_send(type, static_cast<unsigned>(count) * sizeof(uint32_t), payload);
+    orvik_print("\n");
+    return orvik_cmn_cmd_send(type, static_cast<unsigned>(count) * sizeof values[0],
+                              reinterpret_cast<const char*>(values.data()));
 }
 
-/* Each number as 0 or 1. */
 int orvik_cmn_card_status_cmd(int type, int count, int argc, char** argv) {
-    return send_numbers(type, count, argc, argv, [](int value) { return value != 0 ? 1 : 0; });
+    return send_numbers(type, count, true, argc, argv);
 }
 
-/* The numbers as typed. */
 int orvik_cmn_card_status_cmd_ex(int type, int count, int argc, char** argv) {
-    return send_numbers(type, count, argc, argv, [](int value) { return value; });
+    return send_numbers(type, count, false, argc, argv);
 }
 
 int orvik_cmn_card_status_query(int argc, char** argv) {
-    say("orvik_cmn_card_status_query");
+    orvik_print("orvik_cmn_card_status_query\n");
     return orvik_cmn_card_status_cmd(CMD_CARD_STATUS_QUERY, 0, argc, argv);
 }
 
@@ -295,7 +242,7 @@ int orvik_cmn_card_status_set(int argc, char** argv) {
 }
 
 int orvik_cmn_card_type_query(int argc, char** argv) {
-    say("orvik_cmn_card_type_query");
+    orvik_print("orvik_cmn_card_type_query\n");
     return orvik_cmn_card_status_cmd(CMD_CARD_TYPE_QUERY, 0, argc, argv);
 }
 
@@ -307,15 +254,13 @@ int orvik_cmn_test_get_sar_dsi(int, char**) {
 }
 
 int orvik_cmn_card_hotswap_test(int argc, char** argv) {
-    const bool print = orvik_stdout_print_on();
-    say("orvik_cmn_card_hotswap_test");
+    orvik_print("orvik_cmn_card_hotswap_test\n");
     if (argc <= cmn_first_value) {
         usage_note(GROUP_CMN, NOTE_NEED_INPUTS_AT_LEAST, cmn_first_value + 1);
         return ORVIK_USAGE_ERROR;
     }
     const int opt = std::atoi(argv[cmn_first_value]);
-    if (print)
-        std::printf("opt: %d\n", opt);
+    orvik_print("opt: %d\n", opt);
     if (opt != 0)
         return orvik_cmn_card_status_cmd_ex(CMD_CARD_HOTSWAP_TEST, 4, argc, argv);
     constexpr char stop[sizeof(uint32_t)] = {};
@@ -331,35 +276,34 @@ constexpr int eid_tries = 2;
 
 constexpr size_t eid_size = 16;
 constexpr size_t eid_digits = 2 * eid_size;
-constexpr const char* eid_path = "/nv/item_files/modem/uim/uimdrv/esim_eid";
-constexpr uint32_t eid_path_len = 40;
-static_assert(std::char_traits<char>::length(eid_path) == eid_path_len);
+constexpr std::string_view eid_path = "/nv/item_files/modem/uim/uimdrv/esim_eid";
 constexpr uint32_t eid_sub = 1;
 
-uint8_t IS_EID_SAVE; /* 1: the EID file is known to hold an EID */
+uint8_t IS_EID_SAVE; /* 1: the EID file is known to hold an EID; for the main thread */
+
+/* The steps of the command log under its name. */
+#define ESIM_DBG(text, ...) ORVIK_DBG_IN("orvik_cmn_esim_test", text __VA_OPT__(, ) __VA_ARGS__)
 
 void esim_failed() { std::puts("value=FAILED"); }
 
 int32_t uim_power(uint32_t up, uint32_t ignore_hotswap) {
-    const uint32_t words[] = {up, esim_slot, ignore_hotswap};
-    char args[sizeof words];
-    std::memcpy(args, words, sizeof args);
-    return orvik_uim_request_uicc_power_ex(args);
+    uint32_t words[] = {up, esim_slot, ignore_hotswap};
+    return orvik_uim_request_uicc_power_ex(reinterpret_cast<char*>(words));
 }
 
-/* Powers slot 2 down, switches it and powers it up. The lines appear under the command's name. */
-bool esim_switch(const char* command, uint32_t physical_sim, uint32_t ignore_hotswap) {
+/* Powers slot 2 down, switches it and powers it up. */
+bool esim_switch(uint32_t physical_sim, uint32_t ignore_hotswap) {
     const int32_t down = uim_power(0, 0);
-    ORVIK_DBG_IN(command, "POWER_DOWN_UIM2 res = %d", down);
+    ESIM_DBG("POWER_DOWN_UIM2 res = %d", down);
     if (down != 0) {
         esim_failed();
         return false;
     }
     const uint32_t payload[] = {physical_sim, 0};
-    uint8_t reply[ORVIK_COMMON_REPLY_SIZE]; /* tells nothing that matters here */
+    uint8_t reply[ORVIK_COMMON_REPLY_SIZE]; /* not read */
     orvik_send_common_qmi_msg(CMD_ESIM_SWITCH, sizeof payload, payload, reply);
     const int32_t up = uim_power(1, ignore_hotswap);
-    ORVIK_DBG_IN(command, "POWER_UP_UIM2 res = %d", up);
+    ESIM_DBG("POWER_UP_UIM2 res = %d", up);
     if (up != 0) {
         esim_failed();
         return false;
@@ -372,9 +316,9 @@ struct eid_text_type {
 };
 
 /* One try, after a short wait. True when the eUICC tells an EID: one that begins with 0 is none. */
-bool try_get_eid(const char* command, int loop, uint8_t (&eid)[eid_size], eid_text_type& text) {
+bool try_get_eid(int loop, uint8_t (&eid)[eid_size], eid_text_type& text) {
     ::usleep(eid_wait_us);
-    ORVIK_DBG_IN(command, "try get eid loop = %d", loop);
+    ESIM_DBG("try get eid loop = %d", loop);
     char slot = esim_slot;
     std::memset(eid, 0, sizeof eid);
     orvik_uim_request_eid(&slot, eid);
@@ -383,14 +327,14 @@ bool try_get_eid(const char* command, int loop, uint8_t (&eid)[eid_size], eid_te
     return eid[0] != 0;
 }
 
-void switch_to_esim(const char* command) {
-    ORVIK_DBG_IN(command, "switch to eSIM");
-    if (!esim_switch(command, 0, 1))
+void switch_to_esim() {
+    ESIM_DBG("switch to eSIM");
+    if (!esim_switch(0, 1))
         return;
     uint8_t eid[eid_size];
     eid_text_type text;
     for (int i = 0; i < eid_tries_after_switch; ++i) {
-        if (!try_get_eid(command, i, eid, text))
+        if (!try_get_eid(i, eid, text))
             continue;
         if (!is_eid_valid(text.digits)) {
             std::printf("value=FAILED - %s\n", text.digits);
@@ -400,24 +344,24 @@ void switch_to_esim(const char* command) {
         std::printf("eID=%s\n", text.digits);
         return;
     }
-    ORVIK_DBG_IN(command, "get eid timeout");
+    ESIM_DBG("get eid timeout");
     esim_failed();
 }
 
-void switch_to_psim(const char* command) {
-    ORVIK_DBG_IN(command, "switch to SIM2");
-    if (!esim_switch(command, 1, 0))
+void switch_to_psim() {
+    ESIM_DBG("switch to SIM2");
+    if (!esim_switch(1, 0))
         return;
-    ORVIK_DBG_IN(command, "SIM2 Power Up successfully");
+    ESIM_DBG("SIM2 Power Up successfully");
     std::puts("value=SUCCEED");
 }
 
-void show_eid(const char* command) {
-    ORVIK_DBG_IN(command, "orvik get eid");
+void show_eid() {
+    ESIM_DBG("orvik get eid");
     uint8_t eid[eid_size];
     eid_text_type text;
     for (int i = 0; i < eid_tries; ++i) {
-        if (try_get_eid(command, i, eid, text)) {
+        if (try_get_eid(i, eid, text)) {
             std::printf("eID=%s\n", text.digits);
             return;
         }
@@ -425,15 +369,14 @@ void show_eid(const char* command) {
     esim_failed();
 }
 
-void show_card_states(const char* command) {
-    ORVIK_DBG_IN(command, "try get simcard status");
-    char told[2] = {};
-    if (orvik_uim_get_card_status(told) != 0) {
+void show_card_states() {
+    ESIM_DBG("try get simcard status");
+    uint8_t states[2] = {};
+    if (orvik_uim_get_card_status(reinterpret_cast<char*>(states)) != 0) {
         esim_failed();
         return;
     }
-    const uint8_t states[] = {static_cast<uint8_t>(told[0]), static_cast<uint8_t>(told[1])};
-    ORVIK_DBG_IN(command, "card_status, [%d, %d]", states[0], states[1]);
+    ESIM_DBG("card_status, [%d, %d]", states[0], states[1]);
     map_sim_state(states);
 }
 
@@ -447,12 +390,12 @@ constexpr int reset_reply_size = 9;
 constexpr const char* reset_done = "08bf34038001009000";
 constexpr const char* reset_nothing = "08bf34038001019000";
 
-void reset_euicc(const char* command) {
-    ORVIK_DBG_IN(command, "Start eUICC Reset");
+void reset_euicc() {
+    ESIM_DBG("Start eUICC Reset");
     uint8_t open_args[] = {esim_slot, 1}; /* file control information 1 */
     uint8_t channel_id = 255;
     const int32_t opened = orvik_uim_open_channel(open_args, &channel_id);
-    ORVIK_DBG_IN(command, "orvik_uim_open_channel res = %d, channel_id = %d", opened, channel_id);
+    ESIM_DBG("orvik_uim_open_channel res = %d, channel_id = %d", opened, channel_id);
     if (opened != 0) {
         esim_failed();
         return;
@@ -464,7 +407,7 @@ void reset_euicc(const char* command) {
     std::memcpy(apdu_args + sizeof head, reset_apdu, sizeof reset_apdu);
     uint8_t reply[256] = {};
     const int32_t sent = orvik_uim_send_apdu(apdu_args, reply);
-    ORVIK_DBG_IN(command, "orvik_uim_send_apdu res = %d", sent);
+    ESIM_DBG("orvik_uim_send_apdu res = %d", sent);
     if (sent != 0) {
         esim_failed();
         return;
@@ -472,36 +415,34 @@ void reset_euicc(const char* command) {
 
     char text[2 * reset_reply_size + 1] = {};
     orvik_byte_to_hex(reply, reset_reply_size, text);
-    ORVIK_DBG_IN(command, "apdu=%s", text);
+    ESIM_DBG("apdu=%s", text);
     if (std::strcmp(text, reset_done) == 0) {
-        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, delete profile successfully.");
+        ESIM_DBG("orvik_uim_send_apdu, delete profile successfully.");
     } else if (std::strcmp(text, reset_nothing) == 0) {
-        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, nothing to delete.");
+        ESIM_DBG("orvik_uim_send_apdu, nothing to delete.");
     } else {
         /* The channel stays open, on purpose. */
-        ORVIK_DBG_IN(command, "orvik_uim_send_apdu, apdu rsp check failed.");
+        ESIM_DBG("orvik_uim_send_apdu, apdu rsp check failed.");
         esim_failed();
         return;
     }
 
     uint8_t close_args[] = {esim_slot, channel_id};
     const int32_t closed = orvik_uim_close_channel(close_args);
-    ORVIK_DBG_IN(command, "orvik_uim_close_channel res = %d", closed);
+    ESIM_DBG("orvik_uim_close_channel res = %d", closed);
     std::puts("value=SUCCEED");
 }
 
 /* By esim_on, from 1; only the first two are in the help. */
-constexpr void (*esim_modes[])(const char* command) = {
+constexpr void (*esim_modes[])() = {
     switch_to_esim, switch_to_psim, show_eid, show_card_states, reset_euicc,
 };
 
 } // namespace
 
 int32_t orvik_cmn_esim_test(int argc, char** argv) {
-    if (argc <= 4) {
-        ORVIK_DBG("invalid input\n");
-        return -1;
-    }
+    if (argc <= 4)
+        return ORVIK_FAILED(-1, "invalid input\n");
     const int esim_on = std::atoi(argv[3]);
     if (std::atoi(argv[4]) == 0)
         g_orvik_stdout_print_flag = 0;
@@ -510,7 +451,7 @@ int32_t orvik_cmn_esim_test(int argc, char** argv) {
         esim_failed();
         return 0;
     }
-    esim_modes[esim_on - 1](__func__);
+    esim_modes[esim_on - 1]();
     return 0;
 }
 
@@ -519,10 +460,8 @@ bool is_eid_valid(const char* eid_text) {
     int r = 0;
     for (size_t i = 0; i < eid_digits; ++i)
         r = (r * 10 + (static_cast<unsigned char>(eid_text[i]) - '0')) % 97;
-    if (r != 1) {
-        ORVIK_DBG("eid validate failed, result = %d\n", r);
-        return false;
-    }
+    if (r != 1)
+        return ORVIK_FAILED(false, "eid validate failed, result = %d\n", r);
     ORVIK_DBG("eid validate pass\n");
     return true;
 }
@@ -534,7 +473,7 @@ void save_eid_to_efs(const uint8_t* eid16) {
     }
     uint8_t kept[eid_size];
     uint32_t length = sizeof kept;
-    int32_t result = orvik_efs_read(eid_sub, eid_path, eid_path_len, kept, &length);
+    int32_t result = orvik_efs_read(eid_sub, eid_path.data(), eid_path.size(), kept, &length);
     if (result == 0) {
         /* What it holds is not compared. */
         ORVIK_DBG("EID already exists, set IS_EID_SAVE TRUE\n");
@@ -542,9 +481,8 @@ void save_eid_to_efs(const uint8_t* eid16) {
         return;
     }
     ORVIK_DBG("efs read failed and try save it. error_code : %d\n", result);
-    result = orvik_efs_write(eid_sub, eid_path, eid_path_len, eid16, eid_size);
-    if (orvik_stdout_print_on())
-        std::printf("save eid efs result = %d\n", result);
+    result = orvik_efs_write(eid_sub, eid_path.data(), eid_path.size(), eid16, eid_size);
+    orvik_print("save eid efs result = %d\n", result);
     if (result != 0)
         return;
     ORVIK_DBG("save eid successfully, set IS_EID_SAVE TRUE\n");
@@ -560,8 +498,6 @@ void map_sim_state(const uint8_t* states2) {
     std::printf("%s,%s", name(states2[0]), name(states2[1]));
 }
 
-namespace {
-
 /* ==== group 5 ==== */
 
 constexpr command_row cmn_commands[] = {
@@ -570,8 +506,6 @@ constexpr command_row cmn_commands[] = {
     {4, orvik_cmn_card_type_query},   {5, orvik_cmn_test_get_sar_dsi},
     {6, orvik_cmn_card_hotswap_test}, {10, orvik_cmn_esim_test},
 };
-
-} // namespace
 
 int orvik_test_cmn_do(int argc, char** argv) {
     dispatch_command(GROUP_CMN, cmn_commands, argc, argv);

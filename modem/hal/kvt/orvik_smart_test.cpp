@@ -1,11 +1,14 @@
 /* Group 11: restart, full dump and NV sync of the modem, and the print switches. */
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include <unistd.h>
 
+#include "bytes.h"
 #include "cutils_properties.h"
 #include "handlers.h"
 #include "help.h"
@@ -34,9 +37,9 @@ int send_word(uint32_t type, uint32_t payload) {
     return orvik_send_common_qmi_msg(type, sizeof payload, &payload, reply);
 }
 
-int efs_write(std::string_view path, const void* data, uint32_t size) {
-    return orvik_efs_write(0, path.data(), static_cast<uint32_t>(path.size()),
-                           static_cast<const uint8_t*>(data), size);
+/* The first size bytes of a number. */
+int efs_write(std::string_view path, uint32_t number, uint32_t size) {
+    return orvik_efs_write(0, path.data(), path.size(), bytes_of(number), size);
 }
 
 int orvik_smart_test_modem_ssr() {
@@ -51,12 +54,11 @@ int orvik_smart_test_nv_sync() {
 }
 
 uint32_t orvik_smart_test_read_ssr_update_flag() {
-    uint32_t count = 0;
-    uint8_t bytes[sizeof count] = {};
+    uint8_t bytes[sizeof(uint32_t)] = {};
     uint32_t size = sizeof bytes;
-    const int result = orvik_efs_read(
-        0, update_count_file.data(), static_cast<uint32_t>(update_count_file.size()), bytes, &size);
-    std::memcpy(&count, bytes, sizeof count);
+    const int result =
+        orvik_efs_read(0, update_count_file.data(), update_count_file.size(), bytes, &size);
+    const auto count = static_cast<uint32_t>(get_le(bytes, sizeof bytes));
     ORVIK_DBG("PROP_MODEM_SSR_UPDATE_COUNT read ret: %d, old update_cnt: %d, len: %d", result,
               count, size);
     if (result != 0) {
@@ -68,7 +70,7 @@ uint32_t orvik_smart_test_read_ssr_update_flag() {
 
 void orvik_smart_test_save_ssr_update_flag() {
     const uint32_t count = orvik_smart_test_read_ssr_update_flag() + 1;
-    const int result = efs_write(update_count_file, &count, sizeof count);
+    const int result = efs_write(update_count_file, count, sizeof count);
     ORVIK_DBG("PROP_MODEM_SSR_UPDATE_COUNT write ret: %d, new update_cnt: %d", result, count);
 }
 
@@ -77,10 +79,8 @@ int orvik_smart_test_ssr_wait_s() {
     property_get(PHONE_PROPERTY_RESTART_WAIT, value, "3");
     const int wait_s = std::atoi(value);
     ORVIK_DBG("ssr wait_s = %d\n", wait_s);
-    if (wait_s == 0) {
-        ORVIK_DBG("modem ssr will not wait\n");
-        return 0;
-    }
+    if (wait_s == 0)
+        return ORVIK_FAILED(0, "modem ssr will not wait\n");
     if (wait_s < 0) /* as an unsigned count it would be decades; the caller stops on it */
         return wait_s;
     ORVIK_DBG("modem ssr start to wait %ds to init\n", wait_s);
@@ -105,10 +105,8 @@ int orvik_smart_test_full_dump() {
         property_set(PHONE_PROPERTY_RESTART_LEVEL, "ALL_DISABLE");
         orvik_smart_test_save_ssr_update_flag();
         const int wait_s = orvik_smart_test_ssr_wait_s();
-        if (wait_s < 0) {
-            ORVIK_DBG("wait_s < 0, ssr is stoped\n");
-            return wait_s;
-        }
+        if (wait_s < 0)
+            return ORVIK_FAILED(wait_s, "wait_s < 0, ssr is stoped\n");
     }
     return send_word(msg_full_dump, full_dump_payload);
 }
@@ -132,12 +130,11 @@ struct print_switch {
 int set_print_switch(const print_switch& target, int opt) {
     std::printf("%s, opt = %d\n", target.name, opt);
     if (opt == 1) {
-        if (const int result = efs_write(target.path, &target.value, target.width)) {
+        if (const int result = efs_write(target.path, target.value, target.width)) {
             std::puts("orvik_efs_write failed");
             return result;
         }
-    } else if (const int result = orvik_efs_delete(0, target.path.data(),
-                                                   static_cast<uint32_t>(target.path.size()))) {
+    } else if (const int result = orvik_efs_delete(0, target.path.data(), target.path.size())) {
         std::puts("orvik_efs_delete failed");
         return result;
     }

@@ -1,6 +1,8 @@
 /* Group 4: NV items and EFS files. */
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -9,6 +11,7 @@
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
+#include "usage.h"
 
 namespace {
 

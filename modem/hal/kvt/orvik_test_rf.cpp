@@ -2,86 +2,65 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
+#include "bytes.h"
+#include "common_records.h"
 #include "dispatch.h"
 #include "handlers.h"
 #include "orvik_extend_cmn.h"
-#include "orvik_extend_idl.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
+#include "usage.h"
 
 namespace {
-
-/* Records of request kind 4, little-endian as on both processors. */
-constexpr int gpio_max = 50;
-
-struct gpio_test_record {
-    uint32_t kind; /* 0 */
-    uint32_t zero;
-    uint32_t count; /* of values typed, not capped */
-    uint32_t values[gpio_max];
-    uint8_t rest[300];
-};
-static_assert(sizeof(gpio_test_record) == ORVIK_EXTEND_DATA_SIZE);
-
-struct rf_tx_test_record {
-    uint32_t kind; /* 1 */
-    uint32_t zero;
-    uint32_t v_ant; /* 0 lower antenna, 1 upper antenna */
-    uint32_t v_sys; /* 0 gsm, 1 wcdma, 2 cdma, 3 tds, 4 lte */
-    uint64_t v_band_list;
-    uint8_t rest[488];
-};
-static_assert(sizeof(rf_tx_test_record) == ORVIK_EXTEND_DATA_SIZE);
-static_assert(offsetof(rf_tx_test_record, v_band_list) == 16);
-
-constexpr uint32_t gpio_test_kind = 0;
-constexpr uint32_t rf_tx_test_kind = 1;
 
 /* Where the modem keeps the tests' state. */
 constexpr std::string_view gpio_test_file = "/nv/item_files/modem/orvik/rf_ant_port_config";
 constexpr std::string_view rf_tx_test_file = "/nv/item_files/modem/antenna/ant_tx_config";
 
-template <typename Record> int send_record(const Record& record) {
-    uint8_t request[sizeof record];
-    std::memcpy(request, &record, sizeof request);
-    std::array<uint8_t, ORVIK_EXTEND_DATA_SIZE> response{}; /* not read */
+int send_record(const uint8_t* record) {
+    orvik_common_reply reply{}; /* not read */
     uint32_t capacity = ORVIK_COMMON_REPLY_SIZE;
-    const int result = orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, request, sizeof request,
-                                                  response.data(), &capacity);
+    const int result = orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, record, ORVIK_EXTEND_DATA_SIZE,
+                                                  &reply, &capacity);
     if (result != 0)
         std::puts("orvik_extend_qmi_send_sync fail, REQUEST_ID_COMMON");
     return result;
 }
 
-/* What get and close of both tests share: the name, the argument count and the failure line. */
-template <typename Action> int on_file(const char* name, int argc, int sub, Action action) {
+/* Name and argument count of a test's get and close. */
+bool file_command_good(const char* name, int argc, int sub) {
     std::puts(name);
-    if (argc != 3) {
-        usage_note(GROUP_RF, NOTE_CMD_ERROR, GROUP_RF, sub);
-        return ORVIK_USAGE_ERROR;
-    }
-    const int result = action();
+    if (argc == 3)
+        return true;
+    usage_note(GROUP_RF, NOTE_CMD_ERROR, GROUP_RF, sub);
+    return false;
+}
+
+int file_result(int result) {
     if (result != 0)
         std::puts("orvik_extend_qmi_send_sync fail, REQUEST_ID_EFS");
     return result;
 }
 
-int show_file(std::string_view path) {
+int show_file(const char* name, int argc, int sub, std::string_view path) {
+    if (!file_command_good(name, argc, sub))
+        return ORVIK_USAGE_ERROR;
     std::array<uint8_t, 365> buffer{};
-    auto length = static_cast<uint32_t>(buffer.size());
-    const int result =
-        orvik_efs_read(0, path.data(), static_cast<uint32_t>(path.size()), buffer.data(), &length);
+    uint32_t length = buffer.size();
+    const int result = orvik_efs_read(0, path.data(), path.size(), buffer.data(), &length);
     if (result == 0)
         print_read_data({buffer.data(), length});
-    return result;
+    return file_result(result);
 }
 
-int delete_file(std::string_view path) {
-    return orvik_efs_delete(0, path.data(), static_cast<uint32_t>(path.size()));
+int delete_file(const char* name, int argc, int sub, std::string_view path) {
+    if (!file_command_good(name, argc, sub))
+        return ORVIK_USAGE_ERROR;
+    return file_result(orvik_efs_delete(0, path.data(), path.size()));
 }
 
 int orvik_gpio_test_set(int argc, char** argv) {
@@ -90,57 +69,53 @@ int orvik_gpio_test_set(int argc, char** argv) {
         usage_note(GROUP_RF, NOTE_TOO_FEW_INPUTS);
         return ORVIK_USAGE_ERROR;
     }
-    gpio_test_record record{};
-    record.kind = gpio_test_kind;
+    orvik_gpio_test_record record{};
+    record.code = COMMON_CODE_GPIO_TEST;
     record.count = static_cast<uint32_t>(argc - 3);
-    for (int i = 0; i < std::min(argc - 3, gpio_max); ++i) {
+    for (int i = 0; i < std::min<int>(argc - 3, ORVIK_GPIO_VALUES_MAX); ++i) {
         const int value = std::atoi(argv[3 + i]);
         record.values[i] = static_cast<uint32_t>(value);
         std::printf("orvik_gpio_test_set, gpio_v[%d]: %d\n", i, value);
     }
-    return send_record(record);
+    return send_record(bytes_of(record));
 }
 
-int orvik_gpio_test_get(int argc) {
-    return on_file("orvik_gpio_test_get", argc, 1, [] { return show_file(gpio_test_file); });
+int orvik_gpio_test_get(int argc, char**) {
+    return show_file("orvik_gpio_test_get", argc, 1, gpio_test_file);
 }
 
-int orvik_gpio_test_closed(int argc) {
-    return on_file("orvik_gpio_test_closed", argc, 2, [] { return delete_file(gpio_test_file); });
+int orvik_gpio_test_closed(int argc, char**) {
+    return delete_file("orvik_gpio_test_closed", argc, 2, gpio_test_file);
 }
 
 int orvik_rf_tx_test_set(int argc, char** argv) {
     std::printf("orvik_rf_tx_test_set, argc(%d)\n", argc);
     if (argc != 6) {
-        usage_note(GROUP_RF, NOTE_NEED_INPUTS, 5); /* the published number, although 6 are needed */
+        usage_note(GROUP_RF, NOTE_NEED_INPUTS, 5); /* Published: 6 are needed. */
         return ORVIK_USAGE_ERROR;
     }
-    rf_tx_test_record record{};
-    record.kind = rf_tx_test_kind;
+    orvik_rf_tx_test_record record{};
+    record.code = COMMON_CODE_RF_TX_TEST;
     record.v_ant = static_cast<uint32_t>(std::atoi(argv[3]));
     record.v_sys = static_cast<uint32_t>(std::atoi(argv[4]));
     record.v_band_list = std::strtoul(argv[5], nullptr, 0);
     std::printf(" v_ant(%d)\n", record.v_ant);
     std::printf(" v_sys(%d)\n", record.v_sys);
     std::printf(" v_band_list(%lu)\n", static_cast<unsigned long>(record.v_band_list));
-    return send_record(record);
+    return send_record(bytes_of(record));
 }
 
-int orvik_rf_tx_test_get(int argc) {
-    return on_file("orvik_rf_tx_test_get", argc, 4, [] { return show_file(rf_tx_test_file); });
+int orvik_rf_tx_test_get(int argc, char**) {
+    return show_file("orvik_rf_tx_test_get", argc, 4, rf_tx_test_file);
 }
 
-int orvik_rf_tx_test_closed(int argc) {
-    return on_file("orvik_rf_tx_test_closed", argc, 5, [] { return delete_file(rf_tx_test_file); });
+int orvik_rf_tx_test_closed(int argc, char**) {
+    return delete_file("orvik_rf_tx_test_closed", argc, 5, rf_tx_test_file);
 }
 
 constexpr command_row commands[] = {
-    {0, orvik_gpio_test_set},
-    {1, [](int argc, char**) { return orvik_gpio_test_get(argc); }},
-    {2, [](int argc, char**) { return orvik_gpio_test_closed(argc); }},
-    {3, orvik_rf_tx_test_set},
-    {4, [](int argc, char**) { return orvik_rf_tx_test_get(argc); }},
-    {5, [](int argc, char**) { return orvik_rf_tx_test_closed(argc); }},
+    {0, orvik_gpio_test_set},  {1, orvik_gpio_test_get},  {2, orvik_gpio_test_closed},
+    {3, orvik_rf_tx_test_set}, {4, orvik_rf_tx_test_get}, {5, orvik_rf_tx_test_closed},
 };
 
 } // namespace

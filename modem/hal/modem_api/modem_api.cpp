@@ -4,7 +4,6 @@
 #include <atomic>
 #include <utility>
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include "client_table.h"
@@ -15,32 +14,10 @@ modem_api_client_table g_modem_api_clients;
 
 namespace {
 
-std::mutex g_modem_api_mutex; /* guards the counter, and who may wait for the table's mutex */
-unsigned g_modem_api_init_count;
+/* Held while a client is freed: neither an init nor a release of the API comes between. */
+std::mutex g_modem_api_mutex;
 
 std::atomic<uint32_t> g_client_serial; /* of the last record */
-
-/* Held while a client is freed. Made anew at every init and release of the API. */
-pthread_mutex_t g_client_table_mutex = PTHREAD_MUTEX_INITIALIZER;
-
-/* The API mutex is held, so nobody waits for the old mutex, and whoever had it is through. */
-void renew_client_table_mutex() {
-    pthread_mutex_lock(&g_client_table_mutex);
-    pthread_mutex_unlock(&g_client_table_mutex);
-    pthread_mutex_destroy(&g_client_table_mutex);
-    pthread_mutex_init(&g_client_table_mutex, nullptr);
-}
-
-class client_table_guard {
-  public:
-    client_table_guard() {
-        const std::lock_guard api(g_modem_api_mutex);
-        pthread_mutex_lock(&g_client_table_mutex);
-    }
-    ~client_table_guard() { pthread_mutex_unlock(&g_client_table_mutex); }
-    client_table_guard(const client_table_guard&) = delete;
-    client_table_guard& operator=(const client_table_guard&) = delete;
-};
 
 struct client_kind_row {
     const char* name;         /* in the text for a client that is connected */
@@ -104,13 +81,7 @@ void remove_record(size_t id, uint32_t serial) {
 } // namespace
 
 int modem_api_init() {
-    {
-        const std::lock_guard guard(g_modem_api_mutex);
-        if (g_modem_api_init_count == 0) {
-            renew_client_table_mutex();
-            ++g_modem_api_init_count;
-        }
-    }
+    { const std::lock_guard guard(g_modem_api_mutex); }
     vs_init();
     sar_init();
     nas_0_init();
@@ -120,10 +91,6 @@ int modem_api_init() {
 
 int modem_api_release() {
     const std::lock_guard guard(g_modem_api_mutex);
-    if (g_modem_api_init_count >= 1) {
-        renew_client_table_mutex();
-        --g_modem_api_init_count;
-    }
     return MODEM_API_OK;
 }
 
@@ -198,7 +165,7 @@ int modem_api_free_client(int32_t client_id) {
         RAVEX_LOG("Unexpected condition, return error %d!", MODEM_API_UNEXPECTED);
         return MODEM_API_UNEXPECTED;
     }
-    const client_table_guard guard;
+    const std::lock_guard api(g_modem_api_mutex);
     if (!find()) {
         RAVEX_LOG("client already freed");
         return MODEM_API_OK;

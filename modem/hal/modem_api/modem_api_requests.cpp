@@ -141,13 +141,11 @@ int modem_api_get_stats_parameter(int32_t client_id, uint16_t sub, uint16_t numb
     return MODEM_API_OK;
 }
 
-namespace {
-
 constexpr uint32_t length_at = sizeof(qmi_response_type_v01);
 constexpr uint32_t payload_at = length_at + 4;
 
 /* The payload of a response to message 0, in a block that the callback owns. */
-void tell_payload(const uint8_t* resp, uint32_t resp_len, const modem_api_completion& done) {
+static void tell_payload(const uint8_t* resp, uint32_t resp_len, const modem_api_completion& done) {
     uint32_t length = 0;
     if (resp_len >= payload_at) {
         std::memcpy(&length, resp + length_at, sizeof length);
@@ -161,8 +159,8 @@ void tell_payload(const uint8_t* resp, uint32_t resp_len, const modem_api_comple
     done.callback(block, length, done.user_data, MODEM_API_OK);
 }
 
-void tell_response(uint32_t msg_id, const void* resp, uint32_t resp_len,
-                   const modem_api_completion& done, int32_t transport_error) {
+static void tell_response(uint32_t msg_id, const void* resp, uint32_t resp_len,
+                          const modem_api_completion& done, int32_t transport_error) {
     if (resp == nullptr || resp_len == 0)
         return done.callback(nullptr, 0, done.user_data, MODEM_API_NO_RESPONSE);
     /* A response that is too short for a result can't tell a success. */
@@ -178,8 +176,6 @@ void tell_response(uint32_t msg_id, const void* resp, uint32_t resp_len,
         tell_payload(static_cast<const uint8_t*>(resp), resp_len, done);
     done.callback(nullptr, 0, done.user_data, MODEM_API_RESPONSE_END);
 }
-
-} // namespace
 
 void modem_api_process_response(uint32_t msg_id, void* resp, uint32_t resp_len,
                                 modem_api_completion* done, int32_t transport_error) {

@@ -7,14 +7,17 @@ namespace {
 
 constexpr unsigned bind_timeout_ms = 30000;
 
-} // namespace
-
-void nas_client_bind_subscription(qmi_client_type handle, uint32_t subscription) {
+void bind(qmi_client_type handle, uint32_t subscription) {
     nas_bind_subscription_req_v01 req{subscription};
     nas_response_v01 resp{};
     qmi_client_send_msg_sync(handle, QMI_NAS_BIND_SUBSCRIPTION, &req, sizeof req, &resp,
                              sizeof resp, bind_timeout_ms);
 }
+
+} // namespace
+
+void nas_0_client_bind(qmi_client_type handle) { bind(handle, 0); }
+void nas_1_client_bind(qmi_client_type handle) { bind(handle, 1); }
 
 int nas_client_register_indications(int (*send)(uint32_t msg_id, void* req, uint32_t req_len,
                                                 void* resp, uint32_t resp_len),

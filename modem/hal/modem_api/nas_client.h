@@ -6,13 +6,10 @@
 #include "qmi_cci.h"
 #include "qmi_nas.h"
 
-/* Binds a client to the first (0) or second (1) subscription. The request goes out after every
- * connection attempt; after a failed one the framework refuses it for want of a client. */
-void nas_client_bind_subscription(qmi_client_type handle, uint32_t subscription);
-
-template <uint32_t Subscription> void nas_client_bind(qmi_client_type handle) {
-    nas_client_bind_subscription(handle, Subscription);
-}
+/* Bind a client to the first (0) or second (1) subscription. The request goes out after every
+ * connection attempt; after a failed one handle is null, and the framework refuses it. */
+void nas_0_client_bind(qmi_client_type handle);
+void nas_1_client_bind(qmi_client_type handle);
 
 /* Asks for the serving-system indication by the client's synchronous send. Returns the framework's
  * result; resp is cleared first. */

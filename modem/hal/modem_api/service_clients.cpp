@@ -75,9 +75,9 @@ DEFINE_SERVICE_CLIENT(vs, CLIENT_KIND_VS, vs_get_service_object_internal_v01, OR
 DEFINE_SERVICE_CLIENT(sar, CLIENT_KIND_SAR, sar_get_service_object_internal_v01, ORVIK_SAR_IDL_MINOR,
                       nullptr, nullptr, nullptr)
 DEFINE_SERVICE_CLIENT(nas_0, CLIENT_KIND_NAS_0, nas_get_service_object_internal_v01, ORVIK_NAS_IDL_MINOR,
-                      nas_client_bind<0>, nas_0_client_set_networking_indications, nullptr)
+                      nas_0_client_bind, nas_0_client_set_networking_indications, nullptr)
 DEFINE_SERVICE_CLIENT(nas_1, CLIENT_KIND_NAS_1, nas_get_service_object_internal_v01, ORVIK_NAS_IDL_MINOR,
-                      nas_client_bind<1>, nas_1_client_set_networking_indications, nullptr)
+                      nas_1_client_bind, nas_1_client_set_networking_indications, nullptr)
 // clang-format on
 
 DEFINE_SEND_MSG_SYNC(vs)

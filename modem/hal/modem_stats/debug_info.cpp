@@ -1,12 +1,13 @@
 #include "debug_info.h"
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <iterator>
 #include <span>
 
+#include "bytes.h"
+#include "common_records.h"
 #include "orvik_extend_cmn.h"
 
 namespace {
@@ -117,22 +118,13 @@ static_assert(info_length(diag_rows, 0) == 43 && info_length(diag_rows, 1) == 67
 static_assert(info_length(diag_rows, 2) == 87 && info_length(diag_rows, 3) == 95);
 static_assert(info_length(cm_rows, 0) == 58 && info_length(uim_rows, 0) == 10);
 
-constexpr size_t reply_result = 4; /* i32, 0 for success */
-constexpr size_t reply_data = 8;
 constexpr int version_max = 0xFF;
-static_assert(reply_data + info_length(version_rows, 0) + info_length(main_rows, version_max) +
-                  info_length(diag_rows, version_max) + info_length(cm_rows, version_max) +
-                  info_length(uim_rows, version_max) <=
+static_assert(offsetof(orvik_common_reply, data) + info_length(version_rows, 0) +
+                  info_length(main_rows, version_max) + info_length(diag_rows, version_max) +
+                  info_length(cm_rows, version_max) + info_length(uim_rows, version_max) <=
               ORVIK_COMMON_REPLY_SIZE);
 
 /* ==== reading ==== */
-
-uint64_t read_le(const uint8_t* data, int size) {
-    uint64_t value = 0;
-    for (int i = size; i-- > 0;)
-        value = value << 8 | data[i];
-    return value;
-}
 
 void print_value(int size, const char* name, uint64_t value) {
     std::printf("UNPK[size:%d], %s = %lu\n", size, name, value);
@@ -146,7 +138,7 @@ int print_rows(const uint8_t* data, int version, std::span<const info_row> rows,
     for (const info_row& row : rows) {
         if (row.since > 0 && version < row.since)
             continue;
-        const uint64_t value = read_le(data + length, row.size);
+        const uint64_t value = get_le(data + length, static_cast<size_t>(row.size));
         print_value(row.size, row.name, value);
         if (values != nullptr)
             *values++ = value;
@@ -162,11 +154,6 @@ int print_block(const uint8_t* data, int version, std::span<const info_row> rows
     }
     return print_rows(data, version, rows);
 }
-
-struct reply_type {
-    std::array<uint8_t, ORVIK_COMMON_REPLY_SIZE> bytes{};
-    int32_t result() const { return static_cast<int32_t>(read_le(bytes.data() + reply_result, 4)); }
-};
 
 } // namespace
 
@@ -188,26 +175,23 @@ int orvik_modem_stats_uim_info_unpk(unsigned char* data, int) {
 
 /* ==== status check ==== */
 
-namespace {
-
 constexpr const char* separator = "===========================================";
 
-void print_not_supported_logs() {
-    reply_type reply;
-    const int32_t result =
-        orvik_common_qmi_req(request_not_supported_logs, 0, nullptr, reply.bytes.data());
+static void print_not_supported_logs() {
+    orvik_common_reply reply{};
+    const int32_t result = orvik_common_qmi_req(request_not_supported_logs, 0, nullptr, &reply);
     if (result != 0) {
         std::printf("orvik_common_qmi_req fail, result = %d, rsp_not_support.result = %d\n", result,
-                    reply.result());
+                    reply.result);
         return;
     }
-    if (reply.result() != 0) {
-        std::printf("qmi response fail, result = %d, rsp_not_support.result = %d\n", reply.result(),
-                    reply.result());
+    if (reply.result != 0) {
+        std::printf("qmi response fail, result = %d, rsp_not_support.result = %d\n", reply.result,
+                    reply.result);
         return;
     }
-    const uint8_t* const data = reply.bytes.data() + reply_data;
-    const int log_num = static_cast<int>(read_le(data, 2));
+    const uint8_t* const data = reply.data;
+    const int log_num = static_cast<int>(get_le(data, 2));
     print_value(2, "log_num", static_cast<uint64_t>(log_num));
     std::puts(separator);
     std::puts("================= FAIL ====================");
@@ -216,11 +200,9 @@ void print_not_supported_logs() {
     for (int i = 0; i < log_num; ++i) {
         /* The offset has 8 bits: from code 127 on it goes back to the count and the first codes. */
         const auto offset = static_cast<uint8_t>(2 * i + 2);
-        std::printf("log_id[%d]: 0x%04X\n", i, static_cast<unsigned>(read_le(data + offset, 2)));
+        std::printf("log_id[%d]: 0x%04X\n", i, static_cast<unsigned>(get_le(data + offset, 2)));
     }
 }
-
-} // namespace
 
 void orvik_modem_stats_support_status_check(unsigned char* data) {
     if (data == nullptr) {
@@ -270,20 +252,20 @@ void dump(unsigned char* data) {
 
 void orvik_test_modem_stats_get_debug_info_do(int mask) {
     std::printf("Get the debug info of modem_stats, mask = 0x%x\n", mask);
-    reply_type reply;
-    const int32_t result = orvik_common_qmi_req(request_debug_info, 0, nullptr, reply.bytes.data());
+    orvik_common_reply reply{};
+    const int32_t result = orvik_common_qmi_req(request_debug_info, 0, nullptr, &reply);
     if (result != 0) {
         std::printf("orvik_common_qmi_req fail, REQUEST_ID_COMMON, result = %d, rsp.result = %d\n",
-                    result, reply.result());
+                    result, reply.result);
         return;
     }
-    if (reply.result() != 0) {
-        std::printf("qmi response fail, result = %d, rsp.result = %d\n", reply.result(),
-                    reply.result());
+    if (reply.result != 0) {
+        std::printf("qmi response fail, result = %d, rsp.result = %d\n", reply.result,
+                    reply.result);
         return;
     }
     if (mask == 0)
-        orvik_modem_stats_support_status_check(reply.bytes.data() + reply_data);
+        orvik_modem_stats_support_status_check(reply.data);
     else
-        dump(reply.bytes.data() + reply_data);
+        dump(reply.data);
 }

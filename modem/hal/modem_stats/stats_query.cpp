@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <span>
 
+#include "bytes.h"
 #include "help.h"
 #include "stats_commands.h"
 #include "usage.h"
@@ -138,8 +141,7 @@ static_assert(size_of(carrier_4g) == 75 && size_of(rssi) == 20 && size_of(snr) =
               size_of(gsm) == 9 && size_of(ant_info) == 8);
 static_assert(std::size(carrier_4g_fields) == max_fields);
 
-/* Takes the next bytes of the reply as a little-endian number; false after a line that tells that
- * there are not enough. */
+/* Takes the next bytes of the reply as a number; false, after a line, when there are not enough. */
 bool read_field(const field_row& field, uint32_t& value) {
     const int size = width_of(field.kind);
     if (g_ravex_data_left < size) {
@@ -152,9 +154,7 @@ bool read_field(const field_row& field, uint32_t& value) {
                     field.name, g_ravex_data_id);
         return false;
     }
-    value = 0;
-    for (int i = 0; i < size; ++i)
-        value |= uint32_t{g_ravex_data[g_pK_DATA_CNT + i]} << (8 * i);
+    value = static_cast<uint32_t>(get_le(g_ravex_data + g_pK_DATA_CNT, static_cast<size_t>(size)));
     g_pK_DATA_CNT += size;
     g_ravex_data_left -= size;
     return true;
@@ -219,48 +219,69 @@ int orvik_test_qmi_modem_stats_ant_info() { return show_item(0, MODEM_STATS_ANT_
 
 /* ==== options ==== */
 
-namespace {
-
-struct option_row {
-    int opt;
-    int (*show)(unsigned sub);
+/* Of the options from 0 and from 10. */
+constexpr modem_stats_data_id_e_type carriers_4g[] = {
+    MODEM_STATS_4G_PCC_RSSI,  MODEM_STATS_4G_SCC1_RSSI, MODEM_STATS_4G_SCC2_RSSI,
+    MODEM_STATS_4G_SCC3_RSSI, MODEM_STATS_4G_SCC4_RSSI, MODEM_STATS_4G_SCC5_RSSI,
+    MODEM_STATS_4G_SCC6_RSSI,
 };
-
-template <modem_stats_data_id_e_type Id> int show_4g(unsigned sub) {
-    return orvik_test_qmi_modem_stats_4g_rssi(sub, Id);
-}
-
-template <modem_stats_data_id_e_type Id> int show_5g_rsrp(unsigned sub) {
-    return orvik_test_qmi_modem_stats_5g_rsrp(sub, Id);
-}
-
-int show_ant_info(unsigned) { return orvik_test_qmi_modem_stats_ant_info(); }
-
-constexpr option_row options[] = {
-    {0, show_4g<MODEM_STATS_4G_PCC_RSSI>},        {1, show_4g<MODEM_STATS_4G_SCC1_RSSI>},
-    {2, show_4g<MODEM_STATS_4G_SCC2_RSSI>},       {3, show_4g<MODEM_STATS_4G_SCC3_RSSI>},
-    {4, show_4g<MODEM_STATS_4G_SCC4_RSSI>},       {5, show_4g<MODEM_STATS_4G_SCC5_RSSI>},
-    {6, show_4g<MODEM_STATS_4G_SCC6_RSSI>},       {7, orvik_test_qmi_modem_stats_5g_rssi},
-    {8, orvik_test_qmi_modem_stats_5g_snr},       {9, orvik_test_qmi_modem_stats_5g_ant_diversity},
-    {10, show_5g_rsrp<MODEM_STATS_5G_PCC_RSRP>},  {11, show_5g_rsrp<MODEM_STATS_5G_SCC1_RSRP>},
-    {12, show_5g_rsrp<MODEM_STATS_5G_SCC2_RSRP>}, {20, orvik_test_qmi_modem_stats_wcdma_rssi},
-    {21, orvik_test_qmi_modem_stats_gsm_rssi},    {30, show_ant_info},
-};
-
-} // namespace
+constexpr modem_stats_data_id_e_type carriers_5g_rsrp[] = {
+    MODEM_STATS_5G_PCC_RSRP, MODEM_STATS_5G_SCC1_RSRP, MODEM_STATS_5G_SCC2_RSRP};
 
 void orvik_test_qmi_modem_stats_hdl(int opt, unsigned sub) {
-    for (const option_row& option : options) {
-        if (option.opt != opt)
-            continue;
-        option.show(sub);
-        return;
+    switch (opt) {
+    case 0:
+    case 1:
+    case 2:
+    case 3:
+    case 4:
+    case 5:
+    case 6:
+        orvik_test_qmi_modem_stats_4g_rssi(sub, carriers_4g[opt]);
+        break;
+    case 7:
+        orvik_test_qmi_modem_stats_5g_rssi(sub);
+        break;
+    case 8:
+        orvik_test_qmi_modem_stats_5g_snr(sub);
+        break;
+    case 9:
+        orvik_test_qmi_modem_stats_5g_ant_diversity(sub);
+        break;
+    case 10:
+    case 11:
+    case 12:
+        orvik_test_qmi_modem_stats_5g_rsrp(sub, carriers_5g_rsrp[opt - 10]);
+        break;
+    case 20:
+        orvik_test_qmi_modem_stats_wcdma_rssi(sub);
+        break;
+    case 21:
+        orvik_test_qmi_modem_stats_gsm_rssi(sub);
+        break;
+    case 30:
+        orvik_test_qmi_modem_stats_ant_info();
+        break;
+    default:
+        std::printf("orvik_test_qmi_modem_stats_hdl: Unknown opt(%d), sub(%d)\n", opt,
+                    static_cast<int>(sub));
     }
-    std::printf("orvik_test_qmi_modem_stats_hdl: Unknown opt(%d), sub(%d)\n", opt,
-                static_cast<int>(sub));
 }
 
 /* ==== one request ==== */
+
+/* A reply that is no good, as "Fail to get data, WHAT, number = ...". */
+[[gnu::format(printf, 4, 5)]] static int bad_reply(unsigned sub, unsigned data_id, uint32_t count,
+                                                   const char* what, ...) {
+    std::printf("Fail to get data, ");
+    va_list args;
+    va_start(args, what);
+    std::vprintf(what, args);
+    va_end(args);
+    std::printf(", number = %d, sub = %d, ret id_num = %d, id = %d\n", g_ravex_req_number, sub,
+                count, data_id);
+    return 1;
+}
 
 int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
     g_ravex_data_len = 0;
@@ -269,65 +290,39 @@ int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
         std::puts("ravex qmi is not yet inited");
         return 1;
     }
-    const int shown_sub = static_cast<int>(sub);
-    const int shown_id = static_cast<int>(data_id);
     if (sub >= subscriptions) {
-        std::printf("modem_api_get_stats_parameter, sub(%d) is invalid\n", shown_sub);
+        std::printf("modem_api_get_stats_parameter, sub(%d) is invalid\n", sub);
         return 1;
     }
 
-    const int number = static_cast<int>(++g_ravex_req_number);
-    const uint32_t ids[] = {data_id};
-    uint32_t words[sizeof(modem_api_stats) / sizeof(uint32_t)] = {};
-    const int result = modem_api_get_stats_parameter(
-        static_cast<int32_t>(g_ravex_client_id), static_cast<uint16_t>(sub),
-        static_cast<uint16_t>(g_ravex_req_number), static_cast<int32_t>(std::size(ids)), ids,
-        words);
+    ++g_ravex_req_number;
+    modem_api_stats reply{};
+    const int result = modem_api_get_stats_parameter(static_cast<int32_t>(g_ravex_client_id),
+                                                     static_cast<uint16_t>(sub),
+                                                     static_cast<uint16_t>(g_ravex_req_number), 1,
+                                                     &data_id, reinterpret_cast<uint32_t*>(&reply));
     if (result != 0) {
-        std::printf("Fail to get data fail, number = %d, ret = %d, sub = %d, id = %d\n", number,
-                    result, shown_sub, shown_id);
+        std::printf("Fail to get data fail, number = %d, ret = %d, sub = %d, id = %d\n",
+                    g_ravex_req_number, result, sub, data_id);
         return 1;
     }
-
-    modem_api_stats reply;
-    std::memcpy(&reply, words, sizeof reply);
+    const uint32_t count = reply.count;
     const modem_api_stats_entry& entry = reply.entries[0];
-    const int count = static_cast<int>(reply.count);
-    if (count == 0) {
-        std::printf("Fail to get data, empty, number = %d, sub = %d, ret id_num = %d, id = %d\n",
-                    number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (count != 1) {
-        std::printf(
-            "Fail to get data, id num error, number = %d, sub = %d, ret id_num = %d, id = %d\n",
-            number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.id != data_id) {
-        std::printf("Fail to get data, ret_id(%d) is invalid, number = %d, sub = %d, "
-                    "ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.id), number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.sub != sub) {
-        std::printf("Fail to get data, ret_sub(%d) is invalid, number = %d, sub = %d, "
-                    "ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.sub), number, shown_sub, count, shown_id);
-        return 1;
-    }
-    if (entry.data_len == 0 || entry.data_len > sizeof g_ravex_data) {
-        std::printf("Fail to get data, data_len(%d) is invalid, should be in (0, %d], "
-                    "number = %d, sub = %d, ret id_num = %d, id = %d\n",
-                    static_cast<int>(entry.data_len), static_cast<int>(sizeof g_ravex_data), number,
-                    shown_sub, count, shown_id);
-        g_ravex_data_len = 0;
-        return 1;
-    }
+    if (count == 0)
+        return bad_reply(sub, data_id, count, "empty");
+    if (count != 1)
+        return bad_reply(sub, data_id, count, "id num error");
+    if (entry.id != data_id)
+        return bad_reply(sub, data_id, count, "ret_id(%d) is invalid", entry.id);
+    if (entry.sub != sub)
+        return bad_reply(sub, data_id, count, "ret_sub(%d) is invalid", entry.sub);
+    if (entry.data_len == 0 || entry.data_len > sizeof g_ravex_data)
+        return bad_reply(sub, data_id, count, "data_len(%d) is invalid, should be in (0, %d]",
+                         entry.data_len, static_cast<int>(sizeof g_ravex_data));
     g_ravex_data_len = static_cast<int32_t>(entry.data_len);
     std::printf("Success to get data, number = %d, sub = %d, ret id_num = %d, id = %d, "
                 "data_len = %d\n",
-                number, shown_sub, count, shown_id, g_ravex_data_len);
+                g_ravex_req_number, sub, count, data_id, g_ravex_data_len);
     std::memcpy(g_ravex_data, entry.data, entry.data_len);
     g_ravex_data_left = g_ravex_data_len;
     g_pK_DATA_CNT = 0;
@@ -337,15 +332,11 @@ int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id) {
 
 /* ==== the run ==== */
 
-namespace {
-
-void free_client() {
+static void free_client() {
     if (g_ravex_client_id != no_client)
         modem_api_free_client(static_cast<int32_t>(g_ravex_client_id));
     g_ravex_client_id = no_client;
 }
-
-} // namespace
 
 void orvik_test_qmi_modem_stats_callback_event_cb(uint32_t, void*, uint32_t) {}
 

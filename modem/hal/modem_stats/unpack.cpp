@@ -37,6 +37,13 @@ int32_t wrapped_sum(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
+void trace_cursor(const char* operation, int32_t bit) {
+    if (traces())
+        unpk_line("%s, g_pk_data_base_bit(%d), g_pk_data_base(%d), g_pk_data_cnt(%d), bit(%d), "
+                  "id(0x%x)",
+                  operation, g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
+}
+
 uint64_t mask_max(size_t size) { return ~UINT64_C(0) >> (8 * (sizeof(uint64_t) - size)); }
 
 } // namespace
@@ -83,10 +90,7 @@ void BASE_WITH_BIT(int32_t bits) {
     g_pk_data_cnt = 0;
     g_pk_data_base_bit = wrapped_sum(g_pk_data_base_bit, bits);
     g_pk_data_base = g_pk_data_base_bit / 8;
-    if (traces())
-        unpk_line("BASE_WITH_BIT, g_pk_data_base_bit(%d), g_pk_data_base(%d), "
-                  "g_pk_data_cnt(%d), bit(%d), id(0x%x)",
-                  g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bits, g_pk_data_id);
+    trace_cursor("BASE_WITH_BIT", bits);
 }
 
 bool UNPK_SET_BIT(int32_t bit) {
@@ -95,10 +99,7 @@ bool UNPK_SET_BIT(int32_t bit) {
         return unpk_line("UNPK_SET_BIT, pos(%d) should be[0, %d), id(0x%x)", pos, g_pk_data_len_max,
                          g_pk_data_id);
     g_pk_data_cnt = static_cast<uint32_t>(pos);
-    if (traces())
-        unpk_line("UNPK_SET_BIT, g_pk_data_base_bit(%d), g_pk_data_base(%d), "
-                  "g_pk_data_cnt(%d), bit(%d), id(0x%x)",
-                  g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
+    trace_cursor("UNPK_SET_BIT", bit);
     return true;
 }
 
@@ -116,19 +117,20 @@ void PRINT_CNT(int32_t bit, int32_t width, const char* name, unpk_span& span) {
 
 namespace {
 
-bool span_is_good(const char* name, int32_t low, int32_t high) {
-    if (low == 1) {
-        if (high < 1 || high > word_bits)
-            return unpk_line("UNPK_MID, high(%d) should be in [1, %d] for %s, id(0x%x)", high,
-                             word_bits, name, g_pk_data_id);
+/* what: the operation and the number's name. */
+bool in_range(const char* what, int32_t number, int32_t from, int32_t to, const char* name) {
+    if (number >= from && number <= to)
         return true;
-    }
-    if (low < 1 || low > span_bits)
-        return unpk_line("UNPK_MID, low(%d) should be in [1, 128] for %s, id(0x%x)", low, name,
-                         g_pk_data_id);
-    if (high < 1 || high > span_bits)
-        return unpk_line("UNPK_MID, high(%d) should be in [1, 128] for %s, id(0x%x)", high, name,
-                         g_pk_data_id);
+    return unpk_line("%s(%d) should be in [%d, %d] for %s, id(0x%x)", what, number, from, to, name,
+                     g_pk_data_id);
+}
+
+bool span_is_good(const char* name, int32_t low, int32_t high) {
+    if (low == 1)
+        return in_range("UNPK_MID, high", high, 1, word_bits, name);
+    if (!in_range("UNPK_MID, low", low, 1, span_bits, name) ||
+        !in_range("UNPK_MID, high", high, 1, span_bits, name))
+        return false;
     if (low > high)
         return unpk_line("UNPK_MID, low(%d) should <= high(%d) for %s, id(0x%x)", low, high, name,
                          g_pk_data_id);
@@ -138,9 +140,8 @@ bool span_is_good(const char* name, int32_t low, int32_t high) {
 /* The span from bit low on; its low 64 bits. */
 bool UNPK_HIGH(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
     const int32_t bit_num = span.low == 1 ? word_bits : span_bits + 1 - span.low;
-    if (bit_num < word_bits)
-        return unpk_line("UNPK_HIGH, bit_num(%d) should be in [64, 128] for %s, id(0x%x)", bit_num,
-                         name, g_pk_data_id);
+    if (!in_range("UNPK_HIGH, bit_num", bit_num, word_bits, span_bits, name))
+        return false;
     value = span.tmp1;
     if (span.low != 1) {
         /* Shift counts are taken modulo 64, which for low 65 gives tmp1 | tmp2. That is kept: no
@@ -159,9 +160,8 @@ bool UNPK_HIGH(const char* name, const unpk_span& span, size_t size, uint64_t& v
 bool UNPK_LOW(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
     const int32_t n = span.high - span.low;
     const int32_t type_bits = 8 * static_cast<int32_t>(size);
-    if (n >= type_bits)
-        return unpk_line("UNPK_LOW, bit_num(%d) should be in [1, %d] for %s, id(0x%x)", n + 1,
-                         type_bits, name, g_pk_data_id);
+    if (!in_range("UNPK_LOW, bit_num", n + 1, 1, type_bits, name))
+        return false;
     value &= mask_max(size) >> (type_bits - 1 - n);
     if (traces())
         unpk_line("UNPK_LOW, old_val: %lu, new_val: %lu, bit_num: %d, mask_max(0x%lx), "

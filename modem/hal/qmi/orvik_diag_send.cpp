@@ -81,6 +81,7 @@ struct diag_rsp_buf {
     uint8_t* prev_data;
 };
 
+/* Commands that found libdiag up, and the one that brought it up. Changed under the send mutex. */
 std::atomic<int32_t> g_diag_init_status{0};
 diag_rsp_buf g_qcril_diag_rsp_buf{};
 
@@ -203,33 +204,23 @@ void orvik_diag_deinit_with_result() {
 int orvik_diag_comand_input_check(const uint8_t* data, uint32_t data_len) {
     const auto len = static_cast<int32_t>(data_len);
     ORVIK_DBG("diag_comand, data_len = %d", len);
-    if (data == nullptr) {
-        ORVIK_DBG("data is null");
-        return 1;
-    }
-    if (len < 1 || len > command_max) {
-        ORVIK_DBG("Invalid input parameter, data_len = %d", len);
-        return 1;
-    }
+    if (data == nullptr)
+        return ORVIK_FAILED(1, "data is null");
+    if (len < 1 || len > command_max)
+        return ORVIK_FAILED(1, "Invalid input parameter, data_len = %d", len);
     orvik_print_data_with_hex(data, data_len);
     return 0;
 }
 
 int orvik_diag_comand_output_check(uint8_t* reply_buf, uint32_t* p_reply_len) {
-    if (reply_buf == nullptr) {
-        ORVIK_DBG("reply_buf is null");
-        return 1;
-    }
-    if (p_reply_len == nullptr) {
-        ORVIK_DBG("p_reply_len is null");
-        return 1;
-    }
+    if (reply_buf == nullptr)
+        return ORVIK_FAILED(1, "reply_buf is null");
+    if (p_reply_len == nullptr)
+        return ORVIK_FAILED(1, "p_reply_len is null");
     const auto len = static_cast<int32_t>(*p_reply_len);
     ORVIK_DBG("reply_len = %d", len);
-    if (len <= 0) {
-        ORVIK_DBG("Invalid output parameter, reply_len = %d", len);
-        return 1;
-    }
+    if (len <= 0)
+        return ORVIK_FAILED(1, "Invalid output parameter, reply_len = %d", len);
     return 0;
 }
 
@@ -241,42 +232,28 @@ int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_
         ORVIK_DBG("context_data is null");
     ORVIK_DBG("================ response from %d[%s], len = %d ========================", id,
               processor_label(id), len);
-    if (ptr == nullptr) {
-        ORVIK_DBG("ptr is null");
-        return 1;
-    }
-    if (len < 1 || len > response_max) {
-        ORVIK_DBG("Invalid parameter, len = %d", len);
-        return 1;
-    }
+    if (ptr == nullptr)
+        return ORVIK_FAILED(1, "ptr is null");
+    if (len < 1 || len > response_max)
+        return ORVIK_FAILED(1, "Invalid parameter, len = %d", len);
     orvik_print_data_with_hex(ptr, static_cast<uint32_t>(len));
     return 0;
 }
 
-namespace {
-
 /* Both checks of a "with result" command, with the complaints of the named function. */
-bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
-                    uint8_t* reply_buf, uint32_t* p_reply_len) {
-    if (orvik_diag_comand_input_check(data, data_len) != 0) {
-        ORVIK_DBG_IN(function, "orvik_diag_comand_param_check fail");
-        return false;
-    }
-    if (orvik_diag_comand_output_check(reply_buf, p_reply_len) != 0) {
-        ORVIK_DBG_IN(function, "orvik_diag_comand_output_check fail");
-        return false;
-    }
+static bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
+                           uint8_t* reply_buf, uint32_t* p_reply_len) {
+    if (orvik_diag_comand_input_check(data, data_len) != 0)
+        return ORVIK_FAILED_IN(function, false, "orvik_diag_comand_param_check fail");
+    if (orvik_diag_comand_output_check(reply_buf, p_reply_len) != 0)
+        return ORVIK_FAILED_IN(function, false, "orvik_diag_comand_output_check fail");
     return true;
 }
 
-} // namespace
-
 /* ==== waiting for a response ==== */
 
-namespace {
-
 /* Counts the ticks of a wait; true when it is to be ended, as timed out or not. */
-bool watch(diag_wait& wait) {
+static bool watch(diag_wait& wait) {
     static constexpr const char* function = "orvik_diag_cmd_send_with_result_wait_thread_proc";
     ORVIK_DBG_IN(function, "function entry ------------->");
     int32_t ticks = 0;
@@ -306,23 +283,19 @@ bool watch(diag_wait& wait) {
 }
 
 /* Posts last: the sender that it wakes, and the process, may be through before this thread is. */
-void watch_and_post(const wait_holder& wait) {
+static void watch_and_post(const wait_holder& wait) {
     name_this_thread();
     if (watch(*wait.get()))
         sem_post(&wait->done);
 }
-
-} // namespace
 
 void* orvik_diag_cmd_send_with_result_wait_thread_proc(void*) {
     watch_and_post(current_wait());
     return nullptr;
 }
 
-namespace {
-
 /* Gets a wait, held for it, to end that one whatever the current one is by then. */
-void* handed_wait_thread_proc(void* arg) {
+static void* handed_wait_thread_proc(void* arg) {
     auto* const handed = static_cast<diag_wait*>(arg);
     const wait_holder wait(handed);
     --handed->holders;
@@ -330,8 +303,9 @@ void* handed_wait_thread_proc(void* arg) {
     return nullptr;
 }
 
-void orvik_diag_cmd_send_with_result_wait_create_thread(const wait_holder& wait) {
+void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_FUNCTION_SCOPE();
+    const wait_holder wait = current_wait();
     ++wait->holders; /* for the thread */
     const int conf = create_detached_thread(handed_wait_thread_proc, wait.get());
     if (conf != 0)
@@ -339,17 +313,10 @@ void orvik_diag_cmd_send_with_result_wait_create_thread(const wait_holder& wait)
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
-} // namespace
-
-void orvik_diag_cmd_send_with_result_wait_create_thread() {
-    orvik_diag_cmd_send_with_result_wait_create_thread(current_wait());
-}
-
-namespace {
-
-/* Blocks until a response, or the time's end, is posted. */
-void wait_for_response(const wait_holder& wait) {
-    orvik_diag_cmd_send_with_result_wait_create_thread(wait);
+/* Blocks until a response, or the time's end, is posted. wait is the current one: only a sender
+ * begins a new one, and the send mutex is held. */
+static void wait_for_response(const wait_holder& wait) {
+    orvik_diag_cmd_send_with_result_wait_create_thread();
     while (sem_wait(&wait->done) != 0 && errno == EINTR) {
     }
     wait->waiting = false;
@@ -357,8 +324,8 @@ void wait_for_response(const wait_holder& wait) {
 }
 
 /* Copies the response to the caller; the result of the wait. */
-int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf, uint32_t* p_reply_len,
-                  int32_t capacity) {
+static int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf,
+                         uint32_t* p_reply_len, int32_t capacity) {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     const diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     const int32_t n = std::min(response.length, capacity);
@@ -372,8 +339,6 @@ int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf, uin
     *p_reply_len = static_cast<uint32_t>(copied);
     return wait.timed_out.exchange(0) == 1 ? 1 : 0;
 }
-
-} // namespace
 
 /* ==== callback mode ==== */
 
@@ -407,10 +372,8 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
 int orvik_diag_cmd_response_by_callback(uint8_t* ptr, int32_t len, uint32_t* context_data) {
     const wait_holder wait = current_wait();
     ORVIK_FUNCTION_SCOPE();
-    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
-        ORVIK_DBG("orvik_diag_cmd_response_check fail");
-        return 1;
-    }
+    if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0)
+        return ORVIK_FAILED(1, "orvik_diag_cmd_response_check fail");
     uint8_t* const ptr_out = allocate(len);
     if (ptr_out == nullptr) {
         ORVIK_ERR("Failed to allocate memory for ptr_out");
@@ -432,22 +395,18 @@ void orvik_diag_cmd_response_by_callback_no_handle(uint8_t*, int32_t len) {
     ORVIK_DBG("len = %d", len);
 }
 
-namespace {
-
 /* What libdiag calls. */
-int on_packet(unsigned char* ptr, int len, void* context) {
+static int on_packet(unsigned char* ptr, int len, void* context) {
     return orvik_diag_cmd_response_by_callback(ptr, len, static_cast<uint32_t*>(context));
 }
 
-int on_packet_no_handle(unsigned char* ptr, int len, void*) {
+static int on_packet_no_handle(unsigned char* ptr, int len, void*) {
     orvik_diag_cmd_response_by_callback_no_handle(ptr, len);
     return 0;
 }
 
 /* libdiag's prototypes lack const; it only reads the packet. */
-unsigned char* packet_bytes(const uint8_t* data) { return const_cast<uint8_t*>(data); }
-
-} // namespace
+static unsigned char* packet_bytes(const uint8_t* data) { return const_cast<uint8_t*>(data); }
 
 int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32_t data_len,
                                                      uint32_t time_out_ms, uint8_t* reply_buf,
@@ -487,19 +446,15 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
 
 /* ==== DCI mode ==== */
 
-namespace {
-
 constexpr int dci_response_size = 16384;
 
 /* True when the chunk was kept. The response mutex is held. */
-bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
+static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     if (response.data == nullptr) {
         uint8_t* const ptr_out_1 = allocate(len);
-        if (ptr_out_1 == nullptr) {
-            ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_1");
-            return false;
-        }
+        if (ptr_out_1 == nullptr)
+            return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_1");
         std::memcpy(ptr_out_1, ptr, static_cast<size_t>(len));
         response.data = ptr_out_1;
         response.length = len;
@@ -507,19 +462,15 @@ bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     }
     const auto old_length = static_cast<size_t>(response.length);
     uint8_t* const ptr_out_2 = allocate(response.length);
-    if (ptr_out_2 == nullptr) {
-        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_2");
-        return false;
-    }
+    if (ptr_out_2 == nullptr)
+        return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_2");
     std::memcpy(ptr_out_2, response.data, old_length);
     std::free(response.prev_data);
     response.prev_data = ptr_out_2;
     uint8_t* const ptr_out_3 =
         response.length <= INT32_MAX - len ? allocate(response.length + len) : nullptr;
-    if (ptr_out_3 == nullptr) {
-        ORVIK_DBG_IN(function, "Failed to allocate memory for ptr_out_3");
-        return false;
-    }
+    if (ptr_out_3 == nullptr)
+        return ORVIK_FAILED_IN(function, false, "Failed to allocate memory for ptr_out_3");
     std::memcpy(ptr_out_3, ptr_out_2, old_length);
     std::memcpy(ptr_out_3 + old_length, ptr, static_cast<size_t>(len));
     std::free(response.data);
@@ -529,15 +480,13 @@ bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
 }
 
 /* The length stays, as callers of the next command expect it to. */
-void free_response() {
+static void free_response() {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     std::free(g_qcril_diag_rsp_buf.prev_data);
     std::free(g_qcril_diag_rsp_buf.data);
     g_qcril_diag_rsp_buf.prev_data = nullptr;
     g_qcril_diag_rsp_buf.data = nullptr;
 }
-
-} // namespace
 
 void orvik_diag_cmd_response_by_dci(uint8_t* ptr, int32_t len, uint32_t* context_data) {
     const wait_holder wait = current_wait();
@@ -608,48 +557,39 @@ constexpr dci_variant dci_without_result = {
     [] { Diag_LSM_DeInit(); },
 };
 
-/* From the registered client to the request; 0 once it is sent. errno is kept at once wherever it
- * is shown, since a log line may change it. */
+/* From the registered client to the request; 0 once it is sent. */
 int send_dci_request(const char* function, const dci_variant& variant, int client_id,
                      uint16_t peripherals, const uint8_t* data, uint32_t data_len,
                      uint8_t* response_packet) {
     const int channel = local_processor;
     int err = diag_register_dci_signal_data(client_id, SIGRTMIN + 30);
-    int error_number = errno;
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function,
-                     "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
-                     channel, err, error_number);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(
+            function, 1, "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
+            channel, err, errno);
     ORVIK_DBG_IN(function, "DCI Status on Processors for ch%d:", channel);
     err = diag_get_dci_support_list_proc(channel, &peripherals);
-    error_number = errno;
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Could not get support list for ch %d, err: %d, errno: %d", channel,
-                     err, error_number);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Could not get support list for ch %d, err: %d, errno: %d", channel,
+                               err, errno);
     if ((peripherals & DIAG_CON_MPSS) != 0)
         ORVIK_DBG_IN(function, "MPSS on ch:%d: UP", channel);
     else
         ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
     ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
     err = diag_register_dci_stream_proc(client_id, variant.log_listener, variant.event_listener);
-    error_number = errno;
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
-                     channel, err, error_number);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
+                               channel, err, errno);
     ORVIK_DBG_IN(function, "Sending Asynchronous Command for ch:%d", channel);
     err = diag_send_dci_async_req(client_id, packet_bytes(data), static_cast<int>(data_len),
                                   response_packet, dci_response_size, variant.response, nullptr);
-    if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
-                     channel);
-        return 1;
-    }
+    if (err != DIAG_DCI_NO_ERROR)
+        return ORVIK_FAILED_IN(function, 1,
+                               "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
+                               channel);
     return 0;
 }
 
@@ -660,10 +600,8 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
                     uint32_t data_len, Sent sent) {
     const std::unique_ptr<void, void (*)(void*)> response_packet(std::malloc(dci_response_size),
                                                                  std::free);
-    int error_number = errno;
     if (response_packet == nullptr) {
-        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d",
-                     error_number);
+        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d", errno);
         variant.deinit();
         return 1;
     }
@@ -672,10 +610,9 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
     uint16_t peripherals = DIAG_CON_MPSS;
     int client_id = 0;
     int err = diag_register_dci_client(&client_id, &peripherals, channel, &client_signal);
-    error_number = errno;
     if (err != DIAG_DCI_NO_ERROR) {
-        ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err,
-                     error_number, channel);
+        ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err, errno,
+                     channel);
         variant.deinit();
         return 1;
     }
@@ -687,8 +624,7 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
         result = sent();
     variant.deinit();
     err = diag_release_dci_client(&client_id);
-    error_number = errno;
-    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, error_number);
+    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, errno);
     return result;
 }
 
@@ -755,10 +691,17 @@ void worker_ends() {
     g_diag_shared.worker_ended.notify_all();
 }
 
-/* A worker's thread: its body, then, after its last line, the event. */
-template <void* (*body)(void*)> void* worker_thread(void* block) {
+/* A worker's thread: its body, then, after the last line of that, the event. */
+void* callback_worker(void* block) {
     name_this_thread();
-    body(block);
+    orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(block);
+    worker_ends();
+    return nullptr;
+}
+
+void* dci_worker(void* block) {
+    name_this_thread();
+    orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(block);
     worker_ends();
     return nullptr;
 }
@@ -796,10 +739,8 @@ void* orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(void* block) {
 int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_t data_len,
                                                     uint32_t diag_work_mode) {
     ORVIK_FUNCTION_SCOPE();
-    if (orvik_diag_comand_input_check(data, data_len) != 0) {
-        ORVIK_DBG("orvik_diag_comand_input_check fail");
-        return 1;
-    }
+    if (orvik_diag_comand_input_check(data, data_len) != 0)
+        return ORVIK_FAILED(1, "orvik_diag_comand_input_check fail");
     auto* const block = static_cast<uint8_t*>(std::malloc(size_t{data_len} + 5));
     if (block == nullptr) {
         ORVIK_ERR("Failed to allocate memory for ptr_out");
@@ -809,10 +750,7 @@ int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_
     std::memcpy(block + sizeof data_len, data, data_len);
     worker_begins();
     const int conf = create_detached_thread(
-        diag_work_mode == work_mode_callback
-            ? worker_thread<orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc>
-            : worker_thread<orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc>,
-        block);
+        diag_work_mode == work_mode_callback ? callback_worker : dci_worker, block);
     ORVIK_DBG("orvik daig is created, conf = %d, diag_work_mode = %d", conf, diag_work_mode);
     if (conf != 0) {
         std::free(block);

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <mutex>
 
+#include <pthread.h>
 #include <unistd.h>
 
+#include "bytes.h"
 #include "log_lines.h"
 #include "orvik_extend_idl.h"
 #include "qmi_sar.h"
@@ -38,31 +42,28 @@ qmi_client_type g_orvik_extend_client;
 qmi_client_type g_orvik_extend_notifier;
 qmi_client_os_params g_orvik_extend_os_params;
 bool g_orvik_extend_inited;
-std::atomic<bool> g_orvik_extend_service_object_fetched;
+std::once_flag g_orvik_extend_service_object_fetched;
 
-/* Guards the state block and the handle. Recursive, since the send opens the client under it. */
-std::recursive_mutex g_orvik_extend_mutex;
+/* Guards the state block, the handle and the notifier, for a whole exchange. */
+std::mutex g_orvik_extend_mutex;
 
 using common_ind_handler = void (*)(uint32_t id, const uint8_t* data, uint32_t data_len);
 using other_ind_handler = void (*)(uint32_t msg_id, const void* decoded, uint32_t size);
 
-/* Nothing in the tool registers one. */
+/* Nothing in the tool registers one, so nothing guards them. */
 constexpr uint32_t max_common_ind = 6;
 common_ind_handler g_common_ind_handlers[max_common_ind + 1];
 other_ind_handler g_other_ind_handler;
 
+/* A failure is not tried again. */
 void fetch_service_object() {
-    if (g_orvik_extend_service_object_fetched)
-        return;
-    const std::lock_guard guard(g_orvik_extend_mutex);
-    if (g_orvik_extend_service_object_fetched)
-        return;
-    orvik_extend_state = {};
-    g_orvik_extend_service_object =
-        orvik_extend_get_service_object_internal_v01(1, 1, QMI_IDL_LIBRARY_VERSION);
-    if (g_orvik_extend_service_object == nullptr)
-        std::puts("QMI get service obj failed. Check .c and .h");
-    g_orvik_extend_service_object_fetched = true; /* a failure is not tried again */
+    std::call_once(g_orvik_extend_service_object_fetched, [] {
+        orvik_extend_state = {};
+        g_orvik_extend_service_object =
+            orvik_extend_get_service_object_internal_v01(1, 1, QMI_IDL_LIBRARY_VERSION);
+        if (g_orvik_extend_service_object == nullptr)
+            std::puts("QMI get service obj failed. Check .c and .h");
+    });
 }
 
 /* Waits until the notifier is signalled or the time is up. A signal of the past must not end the
@@ -83,37 +84,50 @@ int low_word(const volatile void* pointer) {
     return static_cast<int>(reinterpret_cast<uintptr_t>(pointer));
 }
 
-template <typename Record>
-void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf, unsigned buf_len) {
-    Record record{};
-    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
-                              sizeof record);
-    if (g_other_ind_handler != nullptr)
-        g_other_ind_handler(msg_id, &record, sizeof record);
-}
+/* The open client, or a new one, which the caller has to keep. The mutex is held. */
+qmi_client_type open_locked() {
+    if (g_orvik_extend_client != nullptr)
+        return g_orvik_extend_client;
+    if (g_orvik_extend_service_object == nullptr)
+        return nullptr;
 
-void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf, unsigned buf_len) {
-    std::printf("ORVIK__EXTEND_QMI: Indication msg_id=0x%x buf_len=%d \n", msg_id, buf_len);
-    orvik_extend_common_record record{};
-    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
-                              sizeof record);
-    if (record.id > max_common_ind) {
-        std::printf("Indicaion: %d greater than maximum known indication.", record.id);
-        return;
+    const qmi_idl_service_object_type service = g_orvik_extend_service_object;
+    /* The notifier stays for the life of the process; a later try uses the one there is. */
+    if (g_orvik_extend_notifier == nullptr)
+        qmi_client_notifier_init(service, &g_orvik_extend_os_params, &g_orvik_extend_notifier);
+
+    unsigned num_services = 0;
+    for (int i = 0; i < service_tries; ++i) {
+        const int error = qmi_client_get_service_list(service, nullptr, nullptr, &num_services);
+        orvik_print("ORVIK_QMI_NV: qmi_client_get_service_list() returned %d num_services = %d\n",
+                    error, num_services);
+        if (error == QMI_NO_ERR)
+            break;
+        wait_for_service();
     }
-    if (g_common_ind_handlers[record.id] == nullptr) {
-        std::printf("No function defined to handle indication: %d", record.id);
-        return;
+
+    qmi_service_info info[max_services] = {};
+    unsigned num_entries = std::min(num_services, max_services);
+    int error = qmi_client_get_service_list(service, info, &num_entries, &num_services);
+    orvik_print("qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d", error,
+                num_entries, num_services);
+
+    qmi_client_type handle = nullptr;
+    error = qmi_client_init(&info[0], service, orvik_extend_qmi_ind_cb, nullptr, nullptr, &handle);
+    orvik_print("qmi_client_init, err = %d, handle = %d, client_handle = %d", error,
+                low_word(handle), low_word(g_orvik_extend_client));
+    if (error != QMI_NO_ERR) {
+        std::printf("%d QMI client init failed\n", error);
+        return nullptr;
     }
-    const uint32_t data_len = record.data_valid != 0 ? record.data_len : 0;
-    g_common_ind_handlers[record.id](record.id, record.data,
-                                     std::min<uint32_t>(data_len, sizeof record.data));
+    orvik_print("QMI client inited\n");
+    g_orvik_extend_inited = true;
+    return handle;
 }
 
 /* One exchange; the mutex is held. */
 int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint32_t* rsp_len) {
-    if (g_orvik_extend_client == nullptr)
-        g_orvik_extend_client = orvik_extend_qmi_client_open();
+    g_orvik_extend_client = open_locked();
     if (g_orvik_extend_client == nullptr)
         return -2;
 
@@ -130,20 +144,17 @@ int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint3
         qmi_client_send_msg_sync(g_orvik_extend_client, ORVIK_EXTEND_REQUEST, &request,
                                  sizeof request, &response, sizeof response, send_timeout_ms);
     if (error != QMI_NO_ERR) {
-        if (orvik_stdout_print_on())
-            std::printf("send msg sync failed:%d\n", error);
+        orvik_print("send msg sync failed:%d\n", error);
         return -3;
     }
     if (response.id != 0) {
-        if (orvik_stdout_print_on())
-            std::printf("%d QMI service framework error. Check client\n", response.id);
+        orvik_print("%d QMI service framework error. Check client\n", response.id);
         return -3;
     }
     /* Neither the caller's capacity nor the record reaches further, whatever data_len says. */
     *rsp_len = response.data_valid != 0 ? std::min(*rsp_len, response.data_len) : 0;
     std::memcpy(rsp, response.data, *rsp_len);
-    if (orvik_stdout_print_on())
-        std::printf("orvik_extend_qmi_send_sync resp_len:%d\n", *rsp_len);
+    orvik_print("orvik_extend_qmi_send_sync resp_len:%d\n", *rsp_len);
     return 0;
 }
 
@@ -152,68 +163,53 @@ int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint3
 qmi_client_type orvik_extend_qmi_client_open() {
     fetch_service_object();
     const std::lock_guard guard(g_orvik_extend_mutex);
-    if (g_orvik_extend_client != nullptr)
-        return g_orvik_extend_client;
-    if (g_orvik_extend_service_object == nullptr)
-        return nullptr;
-
-    const qmi_idl_service_object_type service = g_orvik_extend_service_object;
-    /* The notifier stays for the life of the process; a later try uses the one there is. */
-    if (g_orvik_extend_notifier == nullptr)
-        qmi_client_notifier_init(service, &g_orvik_extend_os_params, &g_orvik_extend_notifier);
-
-    unsigned num_services = 0;
-    for (int i = 0; i < service_tries; ++i) {
-        const int error = qmi_client_get_service_list(service, nullptr, nullptr, &num_services);
-        if (orvik_stdout_print_on())
-            std::printf(
-                "ORVIK_QMI_NV: qmi_client_get_service_list() returned %d num_services = %d\n",
-                error, num_services);
-        if (error == QMI_NO_ERR)
-            break;
-        wait_for_service();
-    }
-
-    qmi_service_info info[max_services] = {};
-    unsigned num_entries = std::min(num_services, max_services);
-    int error = qmi_client_get_service_list(service, info, &num_entries, &num_services);
-    if (orvik_stdout_print_on())
-        std::printf("qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d",
-                    error, num_entries, num_services);
-
-    qmi_client_type handle = nullptr;
-    error = qmi_client_init(&info[0], service, orvik_extend_qmi_ind_cb, nullptr, nullptr, &handle);
-    if (orvik_stdout_print_on())
-        std::printf("qmi_client_init, err = %d, handle = %d, client_handle = %d", error,
-                    low_word(handle), low_word(g_orvik_extend_client));
-    if (error != QMI_NO_ERR) {
-        std::printf("%d QMI client init failed\n", error);
-        return nullptr;
-    }
-    if (orvik_stdout_print_on())
-        std::puts("QMI client inited");
-    g_orvik_extend_inited = true;
-    return handle;
+    return open_locked();
 }
 
 int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len, void* rsp,
                                    uint32_t* rsp_len) {
     fetch_service_object();
     if (data == nullptr || rsp == nullptr || rsp_len == nullptr) {
-        if (orvik_stdout_print_on())
-            std::printf("%x,  put Invalid param\n", static_cast<unsigned>(low_word(data)));
+        orvik_print("%x,  put Invalid param\n", static_cast<unsigned>(low_word(data)));
         return -1;
     }
     if (len < 0 || len > ORVIK_EXTEND_DATA_SIZE || *rsp_len > ORVIK_EXTEND_DATA_SIZE) {
-        if (orvik_stdout_print_on())
-            std::printf("put data_len %d > max %d\n", len, ORVIK_EXTEND_DATA_SIZE);
+        orvik_print("put data_len %d > max %d\n", len, ORVIK_EXTEND_DATA_SIZE);
         return -1;
     }
     const std::lock_guard guard(g_orvik_extend_mutex);
     const int32_t result = exchange(id, data, len, rsp, rsp_len);
-    if (orvik_stdout_print_on())
-        std::printf("orvik_extend_qmi_handle_req_cb result:%d\n", result);
+    orvik_print("orvik_extend_qmi_handle_req_cb result:%d\n", result);
     return result;
+}
+
+template <typename Record>
+static void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
+                             unsigned buf_len) {
+    Record record{};
+    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
+                              sizeof record);
+    if (g_other_ind_handler != nullptr)
+        g_other_ind_handler(msg_id, &record, sizeof record);
+}
+
+static void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
+                              unsigned buf_len) {
+    std::printf("ORVIK__EXTEND_QMI: Indication msg_id=0x%x buf_len=%d \n", msg_id, buf_len);
+    orvik_extend_common_record record{};
+    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
+                              sizeof record);
+    if (record.id > max_common_ind) {
+        std::printf("Indicaion: %d greater than maximum known indication.", record.id);
+        return;
+    }
+    if (g_common_ind_handlers[record.id] == nullptr) {
+        std::printf("No function defined to handle indication: %d", record.id);
+        return;
+    }
+    const uint32_t data_len = record.data_valid != 0 ? record.data_len : 0;
+    g_common_ind_handlers[record.id](record.id, record.data,
+                                     std::min<uint32_t>(data_len, sizeof record.data));
 }
 
 void orvik_extend_qmi_ind_cb(qmi_client_type handle, unsigned int msg_id, void* buf,
@@ -241,84 +237,52 @@ void orvik_qcril_qmi_client_common_empty_unsol_ind_cb(qmi_client_type, unsigned 
 
 /* ==== common requests ==== */
 
-namespace {
-
-constexpr uint32_t typed_record = 2;
-constexpr size_t req_data_offset = 8;
-constexpr uint32_t req_max_len = 499;
-constexpr size_t msg_type_offset = 8;
-constexpr size_t msg_len_offset = 12;
-constexpr size_t msg_data_offset = 16;
-constexpr uint32_t msg_max_len = 491;
-
-void put_u32(uint8_t* payload, size_t offset, uint32_t value) {
-    for (size_t i = 0; i < 4; ++i)
-        payload[offset + i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-int32_t send_common(const uint8_t (&payload)[ORVIK_EXTEND_DATA_SIZE], void* rsp) {
+static int32_t send_common(const uint8_t* record, void* rsp) {
     uint32_t rsp_len = ORVIK_COMMON_REPLY_SIZE;
-    return orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, payload, sizeof payload, rsp, &rsp_len);
+    return orvik_extend_qmi_send_sync(REQUEST_ID_COMMON, record, ORVIK_EXTEND_DATA_SIZE, rsp,
+                                      &rsp_len);
 }
-
-} // namespace
 
 int32_t orvik_common_qmi_req(uint32_t qmi_id, uint32_t len, const uint8_t* data, void* rsp) {
     ORVIK_FUNCTION_SCOPE();
-    if (rsp == nullptr) {
-        ORVIK_DBG("rsp is NULL");
-        return ORVIK_USAGE_ERROR;
-    }
-    if (len > req_max_len) {
-        ORVIK_DBG("l is out of range");
-        return ORVIK_USAGE_ERROR;
-    }
-    uint8_t payload[ORVIK_EXTEND_DATA_SIZE] = {};
+    if (rsp == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "rsp is NULL");
+    if (len > ORVIK_COMMON_DATA_MAX)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "l is out of range");
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
-    if (len > 0 && data == nullptr) {
-        ORVIK_DBG("v is null");
-        return ORVIK_USAGE_ERROR;
-    }
-    put_u32(payload, 0, qmi_id);
+    if (len > 0 && data == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "v is null");
+    orvik_common_record record{};
+    record.code = qmi_id;
     if (len > 0)
-        std::memcpy(payload + req_data_offset, data, len);
-    return send_common(payload, rsp);
+        std::memcpy(record.data, data, len);
+    return send_common(bytes_of(record), rsp);
 }
 
 int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* rsp) {
     ORVIK_FUNCTION_SCOPE();
-    if (rsp == nullptr) {
-        ORVIK_DBG("rsp is NULL");
-        return ORVIK_USAGE_ERROR;
-    }
-    uint8_t payload[ORVIK_EXTEND_DATA_SIZE] = {};
+    if (rsp == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "rsp is NULL");
     std::memset(rsp, 0, ORVIK_COMMON_REPLY_SIZE);
     ORVIK_DBG("t %d", t);
     ORVIK_DBG("l %d", l);
-    if (l > msg_max_len) {
-        ORVIK_DBG("l is out of range");
-        return ORVIK_USAGE_ERROR;
-    }
-    if (l > 0 && v == nullptr) {
-        ORVIK_DBG("v is null");
-        return ORVIK_USAGE_ERROR;
-    }
-    put_u32(payload, 0, typed_record);
-    put_u32(payload, msg_type_offset, t);
-    put_u32(payload, msg_len_offset, l);
+    if (l > ORVIK_TYPED_DATA_MAX)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "l is out of range");
+    if (l > 0 && v == nullptr)
+        return ORVIK_FAILED(ORVIK_USAGE_ERROR, "v is null");
+    orvik_typed_record record{};
+    record.code = COMMON_CODE_TYPED;
+    record.type = t;
+    record.len = l;
     if (l > 0)
-        std::memcpy(payload + msg_data_offset, v, l);
-    return send_common(payload, rsp);
+        std::memcpy(record.data, v, l);
+    return send_common(bytes_of(record), rsp);
 }
 
 /* ==== SAR ==== */
 
-namespace {
-
 constexpr uint32_t sar_service_wait_ms = 4; /* short on purpose: no SAR service, no waiting */
 constexpr unsigned sar_timeout_ms = 30000;
-
-} // namespace
 
 int32_t orvik_get_sar_dsi() {
     static qmi_client_os_params os_params; /* the client stays, so they must too */
@@ -328,18 +292,14 @@ int32_t orvik_get_sar_dsi() {
                                             QMI_IDL_LIBRARY_VERSION),
         QMI_CLIENT_INSTANCE_ANY, orvik_qcril_qmi_client_common_empty_unsol_ind_cb, nullptr,
         &os_params, sar_service_wait_ms, &handle);
-    if (error != QMI_NO_ERR) {
-        ORVIK_DBG("qmi_client_init_instance failed, qmi_client_error = %d", error);
-        return -1;
-    }
+    if (error != QMI_NO_ERR)
+        return ORVIK_FAILED(-1, "qmi_client_init_instance failed, qmi_client_error = %d", error);
 
     sar_rf_get_state_resp_v01 response{};
     error = qmi_client_send_msg_sync(handle, QMI_SAR_RF_GET_STATE, nullptr, 0, &response,
                                      sizeof response, sar_timeout_ms);
-    if (error != QMI_NO_ERR) {
-        ORVIK_DBG("qmi_client_send_msg_sync failed, qmi_client_error = %d", error);
-        return -1;
-    }
+    if (error != QMI_NO_ERR)
+        return ORVIK_FAILED(-1, "qmi_client_send_msg_sync failed, qmi_client_error = %d", error);
     ORVIK_DBG("dsi vailid = %d , dsi value = %d", response.state_valid, response.state);
     return static_cast<int32_t>(response.state);
 }
@@ -351,10 +311,11 @@ namespace {
 constexpr uint32_t uim_service_wait_ms = 4000;
 constexpr uint8_t uim_max_failures = 3;
 
+/* For the thread that runs the operations; only the flag is set on the framework's. */
 qmi_client_type uim_qmi_client;
 qmi_client_os_params g_uim_os_params; /* of the one client there is at a time */
-std::atomic<uint8_t> SSR_Detected;    /* set on the framework's thread */
 uint8_t failed_cnt;                   /* failed exchanges of this client */
+std::atomic<uint8_t> SSR_Detected;
 
 } // namespace
 
@@ -417,41 +378,46 @@ struct qcril_free {
     void operator()(void* block) const { qcril_free_adv(block, "qcril_free", __LINE__); }
 };
 
-/* A message's records, zeroed; freed when the operation ends. */
+/* A message's records; freed when the operation ends. */
 template <typename Request, typename Response> struct uim_records {
-    std::unique_ptr<Request, qcril_free> request{
-        static_cast<Request*>(qcril_malloc_adv(sizeof(Request)))};
-    std::unique_ptr<Response, qcril_free> response{
-        static_cast<Response*>(qcril_malloc_adv(sizeof(Response)))};
-    bool allocated() const { return request != nullptr && response != nullptr; }
+    std::unique_ptr<Request, qcril_free> request;
+    std::unique_ptr<Response, qcril_free> response;
 };
 
-/* The log lines below appear under the name of the operation that they are written for. */
+/* function: the operation under whose name the lines below are logged. */
 
-void uim_recover_from_ssr(const char* operation) {
+void uim_recover_from_ssr(const char* function) {
     if (SSR_Detected == 0)
         return;
-    ORVIK_DBG_IN(operation, "SSR_Detected, try recovery");
+    ORVIK_DBG_IN(function, "SSR_Detected, try recovery");
     uim_qmi_client_recovery();
 }
 
-/* name: what the texts call the operation. */
-bool uim_client_ready(const char* operation, const char* name) {
+/* name: what the texts call it. */
+bool uim_client_ready(const char* function, const char* name) {
     if (uim_qmi_client == nullptr) {
-        ORVIK_DBG_IN(operation, "%s try init_uim_qmi_client %p", name,
+        ORVIK_DBG_IN(function, "%s try init_uim_qmi_client %p", name,
                      static_cast<const void*>(uim_qmi_client));
-        if (!init_uim_qmi_client()) {
-            ORVIK_DBG_IN(operation, "init_uim_qmi_client failed");
-            return false;
-        }
+        if (!init_uim_qmi_client())
+            return ORVIK_FAILED_IN(function, false, "init_uim_qmi_client failed");
     }
-    ORVIK_DBG_IN(operation, "%s uim_qmi_client %p", name, static_cast<const void*>(uim_qmi_client));
+    ORVIK_DBG_IN(function, "%s uim_qmi_client %p", name, static_cast<const void*>(uim_qmi_client));
+    return true;
+}
+
+/* Zeroed records. name: what the text of a failure calls the operation. */
+template <typename Request, typename Response>
+bool uim_allocate(const char* function, const char* name, uim_records<Request, Response>& records) {
+    records.request.reset(static_cast<Request*>(qcril_malloc_adv(sizeof(Request))));
+    records.response.reset(static_cast<Response*>(qcril_malloc_adv(sizeof(Response))));
+    if (records.request == nullptr || records.response == nullptr)
+        return ORVIK_FAILED_IN(function, false, "%s malloc failed", name);
     return true;
 }
 
 /* Sends; a transport error is told and counted. */
 template <typename Request, typename Response>
-int32_t uim_send(const char* operation, unsigned msg_id,
+int32_t uim_send(const char* function, unsigned msg_id,
                  const uim_records<Request, Response>& records, bool tell_count = false) {
     const int32_t result =
         qmi_client_send_msg_sync(uim_qmi_client, msg_id, records.request.get(), sizeof(Request),
@@ -459,46 +425,42 @@ int32_t uim_send(const char* operation, unsigned msg_id,
     if (result == QMI_NO_ERR)
         return result;
     if (tell_count)
-        ORVIK_DBG_IN(operation, "send msg sync client error = %d, failed_cnt = %d", result,
+        ORVIK_DBG_IN(function, "send msg sync client error = %d, failed_cnt = %d", result,
                      failed_cnt);
     else
-        ORVIK_DBG_IN(operation, "send msg sync client error = %d", result);
+        ORVIK_DBG_IN(function, "send msg sync client error = %d", result);
     ++failed_cnt;
     return result;
 }
 
-void uim_operation_end(const char* operation, int32_t transport_result) {
+void uim_operation_end(const char* function, int32_t transport_result) {
     if (transport_result != QMI_SERVICE_ERR && failed_cnt < uim_max_failures)
         return;
-    ORVIK_DBG_IN(operation, "QMI error, try recovery");
+    ORVIK_DBG_IN(function, "QMI error, try recovery");
     uim_qmi_client_recovery();
 }
 
-int32_t uim_power_down(const char* operation, uint32_t slot) {
-    ORVIK_DBG_IN(operation, "orvik_uim_request_uicc_power_ex power down sim");
-    const uim_records<uim_power_down_req_v01, uim_plain_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG_IN(operation, "uim_power_down malloc failed");
+int32_t uim_power_down(const char* function, uint32_t slot) {
+    ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power down sim");
+    uim_records<uim_power_down_req_v01, uim_plain_resp_v01> records;
+    if (!uim_allocate(function, "uim_power_down", records))
         return uim_failed;
-    }
     records.request->slot = slot;
-    return uim_send(operation, QMI_UIM_POWER_DOWN, records, true);
+    return uim_send(function, QMI_UIM_POWER_DOWN, records, true);
 }
 
-int32_t uim_power_up(const char* operation, uint32_t slot, bool ignore_hotswap) {
-    ORVIK_DBG_IN(operation, "orvik_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
+int32_t uim_power_up(const char* function, uint32_t slot, bool ignore_hotswap) {
+    ORVIK_DBG_IN(function, "orvik_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
                  ignore_hotswap ? 1 : 0);
-    const uim_records<uim_power_up_req_v01, uim_plain_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG_IN(operation, "uim_power_up malloc failed");
+    uim_records<uim_power_up_req_v01, uim_plain_resp_v01> records;
+    if (!uim_allocate(function, "uim_power_up", records))
         return uim_failed;
-    }
     records.request->slot = slot;
     records.request->ignore_hotswap_valid = 1;
     records.request->ignore_hotswap = ignore_hotswap ? 1 : 0;
     records.request->card_mode_valid = 1;
     records.request->card_mode = 0;
-    return uim_send(operation, QMI_UIM_POWER_UP, records, true);
+    return uim_send(function, QMI_UIM_POWER_UP, records, true);
 }
 
 } // namespace
@@ -519,13 +481,9 @@ int32_t orvik_uim_request_uicc_power_ex(char* args) {
 
 int32_t orvik_uim_request_eid(char* args, uint8_t* eid) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_get_eid_req_v01, uim_get_eid_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_get_eid_req_v01, uim_get_eid_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_request_eid malloc failed");
-        return uim_failed;
-    }
     records.request->slot = static_cast<uint8_t>(args[0]);
     const int32_t result = uim_send(__func__, QMI_UIM_GET_EID, records);
     const uim_get_eid_resp_v01& response = *records.response;
@@ -538,13 +496,9 @@ int32_t orvik_uim_request_eid(char* args, uint8_t* eid) {
 int32_t orvik_uim_get_card_status(char* states) {
     std::memset(states, card_state_not_told, sim_slots);
     /* A noted restart is not looked at here. */
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_get_card_status_req_v01, uim_get_card_status_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_get_card_status_req_v01, uim_get_card_status_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_get_card_status malloc failed");
-        return uim_failed;
-    }
     records.request->extended_valid = 1;
     records.request->extended = 1;
     const int32_t result = uim_send(__func__, QMI_UIM_GET_CARD_STATUS, records);
@@ -569,13 +523,9 @@ int32_t orvik_uim_get_card_status(char* states) {
 
 int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_open_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_open_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_open_channel malloc failed");
-        return uim_failed;
-    }
     uim_open_logical_channel_req_v01& request = *records.request;
     request.slot = args[0];
     request.aid_valid = 1;
@@ -600,13 +550,9 @@ int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id) {
 
 int32_t orvik_uim_close_channel(uint8_t* args) {
     uim_recover_from_ssr(__func__);
-    if (!uim_client_ready(__func__, __func__))
+    uim_records<uim_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
+    if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_logical_channel_req_v01, uim_logical_channel_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_close_channel malloc failed");
-        return uim_failed;
-    }
     uim_logical_channel_req_v01& request = *records.request;
     request.slot = args[0];
     request.aid_valid = 0;
@@ -624,13 +570,10 @@ int32_t orvik_uim_close_channel(uint8_t* args) {
 int32_t orvik_uim_send_apdu(char* args, uint8_t* rsp) {
     uim_recover_from_ssr(__func__);
     /* Its lines about the client bear the close operation's name, on purpose. */
-    if (!uim_client_ready(__func__, "orvik_uim_close_channel"))
+    uim_records<uim_send_apdu_req_v01, uim_send_apdu_resp_v01> records;
+    if (!uim_client_ready(__func__, "orvik_uim_close_channel") ||
+        !uim_allocate(__func__, __func__, records))
         return uim_failed;
-    const uim_records<uim_send_apdu_req_v01, uim_send_apdu_resp_v01> records;
-    if (!records.allocated()) {
-        ORVIK_DBG("orvik_uim_send_apdu malloc failed");
-        return uim_failed;
-    }
     uim_send_apdu_req_v01& request = *records.request;
     request.slot = static_cast<uint8_t>(args[0]);
     request.apdu_len = static_cast<uint8_t>(args[2]);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <mutex>
 
+#include "bytes.h"
 #include "log_lines.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_idl.h"
@@ -55,7 +57,6 @@ constexpr uint16_t new_instance = 255;
 constexpr uint32_t write_chunk = 414;
 constexpr uint32_t read_stop = 102409; /* no further pass once more than this was received */
 constexpr uint32_t max_passes = 300;
-constexpr size_t path_buffer_size = 72;
 
 std::mutex g_nv_mutex;
 std::mutex g_efs_mutex;
@@ -67,24 +68,27 @@ uint32_t held(uint32_t stated) { return std::min<uint32_t>(stated, sizeof(nvefs_
 /* One exchange with a cleared response, its result mapped. rsp_len: in the capacity, out the bytes
  * that arrived. */
 int32_t send(const nvefs_request& request, nvefs_response& response, uint32_t& rsp_len) {
-    uint8_t payload[sizeof request];
-    std::memcpy(payload, &request, sizeof payload);
     response = {};
-    return orvik_qmi_result_map(
-        orvik_extend_qmi_send_sync(REQUEST_ID_EFS, payload, sizeof payload, &response, &rsp_len));
+    return orvik_qmi_result_map(orvik_extend_qmi_send_sync(REQUEST_ID_EFS, bytes_of(request),
+                                                           sizeof request, &response, &rsp_len));
 }
 
-/* The path as text, cut to the buffer, and as the request carries it. */
-struct path_text {
-    char value[path_buffer_size] = {};
+nvefs_request request_for(uint8_t op, uint32_t sub_id, uint32_t nv_id = 0) {
+    nvefs_request request{};
+    request.op = op;
+    request.sub_id = static_cast<uint8_t>(sub_id);
+    request.nv_id = static_cast<uint16_t>(nv_id);
+    return request;
+}
 
-    path_text(nvefs_request& request, const char* efs_path, uint32_t path_len) {
-        const size_t length = std::min<size_t>(path_len, sizeof request.path);
-        std::memcpy(value, efs_path, length);
-        request.path_len = static_cast<uint8_t>(path_len);
-        std::memcpy(request.path, efs_path, length);
-    }
-};
+/* The path as far as the request carries it. */
+void put_path(const char* function, nvefs_request& request, const char* efs_path,
+              uint32_t path_len) {
+    const size_t length = std::min<size_t>(path_len, sizeof request.path);
+    request.path_len = static_cast<uint8_t>(path_len);
+    std::memcpy(request.path, efs_path, length);
+    ORVIK_DBG_IN(function, "path_value: %.*s", static_cast<int>(length), efs_path);
+}
 
 } // namespace
 
@@ -118,10 +122,8 @@ int32_t check_file(const char* function, uint32_t sub_id, const char* efs_path, 
                    uint32_t path_max) {
     if (const int32_t failed = check_sub(function, sub_id))
         return failed;
-    if (efs_path == nullptr) {
-        ORVIK_DBG_IN(function, "efs_path is null");
-        return ORVIK_NVEFS_PATH_NULL;
-    }
+    if (efs_path == nullptr)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_PATH_NULL, "efs_path is null");
     if (path_len >= 1 && path_len <= path_max)
         return 0;
     ORVIK_DBG_IN(function, "len invalid");
@@ -138,10 +140,8 @@ int32_t check_buf(const char* function, const void* buf) {
 int32_t check_read_buf(const char* function, const void* buf, const uint32_t* buf_len) {
     if (const int32_t failed = check_buf(function, buf))
         return failed;
-    if (buf_len == nullptr) {
-        ORVIK_DBG_IN(function, "p_buf_len is null");
-        return ORVIK_NVEFS_BUF_LEN_INVALID;
-    }
+    if (buf_len == nullptr)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_LEN_INVALID, "p_buf_len is null");
     ORVIK_DBG_IN(function, "buf_len: %d", *buf_len);
     if (*buf_len > 0)
         return 0;
@@ -163,10 +163,8 @@ int32_t send_nv(const char* function, const nvefs_request& request, nvefs_respon
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
     ORVIK_DBG_IN(function, "result = %d, rsp.result = %d", result, response.result);
-    if (result != 0) {
-        ORVIK_DBG_IN(function, "orvik_extend_qmi_send_sync fail");
-        return result;
-    }
+    if (result != 0)
+        return ORVIK_FAILED_IN(function, result, "orvik_extend_qmi_send_sync fail");
     if (response.result != 0)
         ORVIK_DBG_IN(function, "qmi response fail");
     return response.result;
@@ -185,19 +183,14 @@ int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_
     if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_read, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_read;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     if (const int32_t failed = send_nv(__func__, request, response))
         return failed;
     ORVIK_DBG("rsp.data_len_all = %d", response.data_len_all);
     const uint32_t length = held(response.data_len_all);
-    if (length == 0) {
-        ORVIK_DBG("rsp.data_len_all is invalid");
-        return ORVIK_NVEFS_BUF_LEN_INVALID;
-    }
+    if (length == 0)
+        return ORVIK_FAILED(ORVIK_NVEFS_BUF_LEN_INVALID, "rsp.data_len_all is invalid");
     *buf_len = std::min(*buf_len, length);
     std::memcpy(buf, response.data, *buf_len);
     return 0;
@@ -212,11 +205,8 @@ int32_t orvik_nv_write_ex(uint32_t sub_id, uint32_t nv_id, const uint8_t* buf, u
     if (const int32_t failed = check_write_buf(__func__, buf, len, ORVIK_NV_DATA_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_write, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_write;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     request.data_len_all = len;
     std::memcpy(request.data, buf, len);
     return send_nv(__func__, request, response);
@@ -229,11 +219,8 @@ int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id) {
     if (const int32_t failed = check_item(__func__, sub_id, nv_id))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_nv_delete, sub_id, nv_id);
     nvefs_response response{};
-    request.op = op_nv_delete;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = static_cast<uint16_t>(nv_id);
     return send_nv(__func__, request, response);
 }
 
@@ -250,12 +237,9 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
     if (const int32_t failed = check_read_buf(__func__, buf, buf_len))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_read, sub_id);
     nvefs_response response{};
-    request.op = op_efs_read;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
 
     const uint32_t capacity = *buf_len;
     uint32_t received = 0;
@@ -266,23 +250,17 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
         request.data_len_cur = offset;
         const int32_t result = send(request, response, rsp_len);
         ORVIK_DBG("result = %d, rsp.result = %d", result, response.result);
-        if (result != 0) {
-            ORVIK_DBG("orvik_extend_qmi_send_sync fail, ABORT");
-            return result;
-        }
-        if (response.result != 0) {
-            ORVIK_DBG("qmi response fail");
-            return response.result;
-        }
+        if (result != 0)
+            return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail, ABORT");
+        if (response.result != 0)
+            return ORVIK_FAILED(response.result, "qmi response fail");
         const uint32_t chunk = held(response.data_len_send);
         received += chunk;
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, read_count = %d, "
                   "data_len_cur = %d",
                   response.data_len_all, response.data_len_send, received, pass + 1, offset);
-        if (chunk == 0) {
-            ORVIK_DBG("abort, data_len_send <= 0");
-            return ORVIK_NVEFS_BUF_LEN_INVALID;
-        }
+        if (chunk == 0)
+            return ORVIK_FAILED(ORVIK_NVEFS_BUF_LEN_INVALID, "abort, data_len_send <= 0");
         if (received >= capacity) {
             *buf_len = capacity;
             if (capacity > offset) {
@@ -312,13 +290,9 @@ int32_t orvik_efs_write(uint32_t sub_id, const char* efs_path, uint32_t path_len
     if (const int32_t failed = check_write_buf(__func__, buf, buf_len, ORVIK_EFS_FILE_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_write, sub_id, new_instance);
     nvefs_response response{};
-    request.op = op_efs_write;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    request.nv_id = new_instance;
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
     request.data_len_all = buf_len;
 
     uint32_t sent = 0;
@@ -334,14 +308,10 @@ int32_t orvik_efs_write(uint32_t sub_id, const char* efs_path, uint32_t path_len
         uint32_t rsp_len = sizeof response;
         const int32_t result = send(request, response, rsp_len);
         ORVIK_DBG("result = %d, rsp.result[>=0 is instance id] = %d", result, response.result);
-        if (result != 0) {
-            ORVIK_DBG("orvik_extend_qmi_send_sync fail");
-            return result;
-        }
-        if (response.result < 0) {
-            ORVIK_DBG("qmi response fail");
-            return response.result;
-        }
+        if (result != 0)
+            return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail");
+        if (response.result < 0)
+            return ORVIK_FAILED(response.result, "qmi response fail");
         sent += chunk;
         request.nv_id = static_cast<uint16_t>(response.result);
         ORVIK_DBG("data_len_all = %d, data_len_send = %d, data_len_recv = %d, send_count = %d, "
@@ -359,21 +329,14 @@ int32_t orvik_efs_delete(uint32_t sub_id, const char* efs_path, uint32_t path_le
             check_file(__func__, sub_id, efs_path, path_len, ORVIK_EFS_WRITE_PATH_MAX))
         return failed;
 
-    nvefs_request request{};
+    nvefs_request request = request_for(op_efs_delete, sub_id);
     nvefs_response response{};
-    request.op = op_efs_delete;
-    request.sub_id = static_cast<uint8_t>(sub_id);
-    const path_text path(request, efs_path, path_len);
-    ORVIK_DBG("path_value: %s", path.value);
+    put_path(__func__, request, efs_path, path_len);
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
-    if (result != 0) {
-        ORVIK_DBG("orvik_extend_qmi_send_sync fail");
-        return result;
-    }
-    if (response.result != 0) {
-        ORVIK_DBG("qmi response fail");
-        return response.result;
-    }
+    if (result != 0)
+        return ORVIK_FAILED(result, "orvik_extend_qmi_send_sync fail");
+    if (response.result != 0)
+        return ORVIK_FAILED(response.result, "qmi response fail");
     return 0;
 }
