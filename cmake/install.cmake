@@ -14,6 +14,8 @@ if(KVT_PLATFORM STREQUAL "simulated")
 endif()
 if(TARGET kvt-lab)
   install(TARGETS kvt-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS kvt_record kvt_replay LIBRARY DESTINATION ${KVT_LIB_DIR})
+  install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/kvt-replay DESTINATION ${KVT_LIB_DIR})
 endif()
 install(FILES packaging/man/kvt.1 packaging/man/kvt-lab.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES packaging/completions/kvt.bash

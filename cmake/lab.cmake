@@ -1,8 +1,10 @@
-# What runs on the phone is built for every platform.
+# What runs on the phone is built for every platform: the doctor, and the recorder, which needs no
+# package at all. Neither does the replayer.
 add_subdirectory(lab/phone)
+add_subdirectory(lab/tape/library)
 
 # The lab is built where its packages are; the tool needs none of them.
-foreach(PACKAGE CLI11 nlohmann_json tomlplusplus pugixml)
+foreach(PACKAGE CLI11 nlohmann_json tomlplusplus pugixml simdjson)
   find_package(${PACKAGE} QUIET)
   if(NOT ${PACKAGE}_FOUND)
     list(APPEND LAB_MISSING ${PACKAGE})

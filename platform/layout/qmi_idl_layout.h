@@ -2,7 +2,10 @@
  * run time for encoding and decoding. qmi_idl.h describes the bytes. */
 #pragma once
 
-#include <stddef.h>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
 
 #include "qmi_idl.h"
 
@@ -28,7 +31,7 @@ struct Tlv {
     Element element;
 };
 
-/* Each returns the address behind what it read. */
+/* Return the address after what they read. */
 constexpr const uint8_t* read_element(const uint8_t* p, Element& e) {
     e = {};
     const uint8_t flags = *p++;
@@ -143,27 +146,75 @@ constexpr uint32_t message_fields_end(const qmi_idl_type_table_entry* types,
     return end;
 }
 
+using Types = std::span<const qmi_idl_type_table_entry>;
+using Messages = std::span<const qmi_idl_message_table_entry>;
+using Rows = std::span<const qmi_idl_service_message_table_entry>;
+
 /* True when the rows are sorted by message id, each states just what its message's TLVs add up to
- * at most, and every field lies within its message's structure. A service may state another length
- * for one message, misstated: its TLVs must then add up to real_len. */
-template <size_t Rows>
-constexpr bool rows_sound(const qmi_idl_type_table_entry* types,
-                          const qmi_idl_message_table_entry* messages,
-                          const qmi_idl_service_message_table_entry (&rows)[Rows],
-                          uint16_t misstated = 0, uint32_t real_len = 0) {
-    for (size_t i = 0; i < Rows; ++i) {
+ * at most (but for the message misstated), and every field lies within its message's structure. */
+constexpr bool rows_sound(Types types, Messages messages, Rows rows, int misstated) {
+    for (size_t i = 0; i < rows.size(); ++i) {
         const qmi_idl_service_message_table_entry& row = rows[i];
         const qmi_idl_message_table_entry& message = messages[row.message_table_message_id];
-        const uint32_t stated =
-            real_len != 0 && row.qmi_message_id == misstated ? real_len : row.max_msg_len;
+        const uint32_t real = max_message_wire_len(types.data(), message.p_encoded_tlv_data);
         if (i > 0 && rows[i - 1].qmi_message_id >= row.qmi_message_id)
             return false;
-        if (max_message_wire_len(types, message.p_encoded_tlv_data) != stated)
+        if (real != row.max_msg_len && row.qmi_message_id != misstated)
             return false;
-        if (message_fields_end(types, message.p_encoded_tlv_data) > message.c_struct_sz)
+        if (message_fields_end(types.data(), message.p_encoded_tlv_data) > message.c_struct_sz)
             return false;
     }
     return true;
 }
+
+/* Not constexpr, nor anywhere: a service whose object would call it does not compile. */
+void rows_are_not_sound();
+
+struct Service {
+    uint32_t id;
+    uint32_t minor;
+    uint32_t max_msg_len; /* the longest that the service states */
+};
+
+/* The table of a service's types and messages, which refers to itself. Of static storage. */
+class Tables {
+  public:
+    consteval Tables(Types types, Messages messages)
+        : types_(types),
+          messages_(messages), referenced_{&table_}, table_{static_cast<uint16_t>(types.size()),
+                                                            static_cast<uint16_t>(messages.size()),
+                                                            1,
+                                                            types.data(),
+                                                            messages.data(),
+                                                            referenced_,
+                                                            nullptr} {}
+    Tables(const Tables&) = delete;
+    Tables& operator=(const Tables&) = delete;
+
+    /* The service object. Does not compile unless the rows are sound; misstated is a message whose
+     * length is another than it says. */
+    consteval qmi_idl_service_object service(Service service, Rows requests, Rows responses,
+                                             Rows indications, int misstated = -1) const {
+        for (const Rows& rows : {requests, responses, indications})
+            if (!rows_sound(types_, messages_, rows, misstated))
+                rows_are_not_sound();
+        return {QMI_IDL_LIBRARY_VERSION,
+                1,
+                service.id,
+                service.max_msg_len,
+                {static_cast<uint16_t>(requests.size()), static_cast<uint16_t>(responses.size()),
+                 static_cast<uint16_t>(indications.size())},
+                {requests.data(), responses.data(), indications.data()},
+                &table_,
+                service.minor,
+                nullptr};
+    }
+
+  private:
+    Types types_;
+    Messages messages_;
+    const qmi_idl_type_table_object* referenced_[1];
+    qmi_idl_type_table_object table_;
+};
 
 } // namespace qmi_idl

@@ -86,32 +86,9 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {QMI_NAS_SERVING_SYSTEM_IND, msg_serving_system_ind, 4},
 };
 
-static_assert(qmi_idl::rows_sound(types, messages, requests));
-static_assert(qmi_idl::rows_sound(types, messages, responses));
-static_assert(qmi_idl::rows_sound(types, messages, indications));
-
-extern const qmi_idl_type_table_object type_table;
-const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
-const qmi_idl_type_table_object type_table = {
-    std::size(types),
-    std::size(messages),
-    std::size(referenced_tables),
-    types,
-    messages,
-    referenced_tables,
-    nullptr,
-};
+constexpr qmi_idl::Tables tables(types, messages);
 
 } // namespace
 
-const struct qmi_idl_service_object nas_qmi_idl_service_object_v01 = {
-    QMI_IDL_LIBRARY_VERSION,
-    1,
-    QMI_NAS_SERVICE,
-    512,
-    {std::size(requests), std::size(responses), std::size(indications)},
-    {requests, responses, indications},
-    &type_table,
-    QMI_NAS_IDL_MINOR,
-    nullptr,
-};
+constinit const struct qmi_idl_service_object nas_qmi_idl_service_object_v01 =
+    tables.service({QMI_NAS_SERVICE, QMI_NAS_IDL_MINOR, 512}, requests, responses, indications);

@@ -1,6 +1,4 @@
 /* Service object of the SAR service. */
-#include <iterator>
-
 #include "qmi_idl_layout.h"
 #include "qmi_sar.h"
 
@@ -43,31 +41,9 @@ constexpr qmi_idl_service_message_table_entry responses[] = {
     {QMI_SAR_RF_GET_STATE, msg_rf_get_state_resp, 14},
 };
 
-static_assert(qmi_idl::rows_sound(types, messages, requests));
-static_assert(qmi_idl::rows_sound(types, messages, responses));
-
-extern const qmi_idl_type_table_object type_table;
-const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
-const qmi_idl_type_table_object type_table = {
-    std::size(types),
-    std::size(messages),
-    std::size(referenced_tables),
-    types,
-    messages,
-    referenced_tables,
-    nullptr,
-};
+constexpr qmi_idl::Tables tables(types, messages);
 
 } // namespace
 
-const struct qmi_idl_service_object sar_qmi_idl_service_object_v01 = {
-    QMI_IDL_LIBRARY_VERSION,
-    1,
-    QMI_SAR_SERVICE,
-    512,
-    {std::size(requests), std::size(responses), 0},
-    {requests, responses, nullptr},
-    &type_table,
-    QMI_SAR_IDL_MINOR,
-    nullptr,
-};
+constinit const struct qmi_idl_service_object sar_qmi_idl_service_object_v01 =
+    tables.service({QMI_SAR_SERVICE, QMI_SAR_IDL_MINOR, 512}, requests, responses, {});

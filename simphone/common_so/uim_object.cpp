@@ -1,6 +1,4 @@
 /* Service object of the UIM service. */
-#include <iterator>
-
 #include "qmi_idl_layout.h"
 #include "qmi_uim.h"
 
@@ -214,31 +212,9 @@ constexpr qmi_idl_service_message_table_entry responses[] = {
     {QMI_UIM_GET_EID, msg_get_eid_resp, 27},
 };
 
-static_assert(qmi_idl::rows_sound(types, messages, requests));
-static_assert(qmi_idl::rows_sound(types, messages, responses));
-
-extern const qmi_idl_type_table_object type_table;
-const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
-const qmi_idl_type_table_object type_table = {
-    std::size(types),
-    std::size(messages),
-    std::size(referenced_tables),
-    types,
-    messages,
-    referenced_tables,
-    nullptr,
-};
+constexpr qmi_idl::Tables tables(types, messages);
 
 } // namespace
 
-const struct qmi_idl_service_object uim_qmi_idl_service_object_v01 = {
-    QMI_IDL_LIBRARY_VERSION,
-    1,
-    QMI_UIM_SERVICE,
-    4096,
-    {std::size(requests), std::size(responses), 0},
-    {requests, responses, nullptr},
-    &type_table,
-    QMI_UIM_IDL_MINOR,
-    nullptr,
-};
+constinit const struct qmi_idl_service_object uim_qmi_idl_service_object_v01 =
+    tables.service({QMI_UIM_SERVICE, QMI_UIM_IDL_MINOR, 4096}, requests, responses, {});

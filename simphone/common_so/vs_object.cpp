@@ -2,8 +2,6 @@
 #include "qmi_idl_layout.h"
 #include "qmi_vs.h"
 
-#include <iterator>
-
 namespace {
 
 constexpr uint8_t low(size_t value) { return static_cast<uint8_t>(value & 0xFF); }
@@ -156,32 +154,9 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {QMI_VS_IND_0601, msg_ind_0601, 4},
 };
 
-static_assert(qmi_idl::rows_sound(types, messages, requests));
-static_assert(qmi_idl::rows_sound(types, messages, responses));
-static_assert(qmi_idl::rows_sound(types, messages, indications));
-
-extern const qmi_idl_type_table_object type_table;
-const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
-const qmi_idl_type_table_object type_table = {
-    std::size(types),
-    std::size(messages),
-    std::size(referenced_tables),
-    types,
-    messages,
-    referenced_tables,
-    nullptr,
-};
+constexpr qmi_idl::Tables tables(types, messages);
 
 } // namespace
 
-const struct qmi_idl_service_object vs_qmi_idl_service_object_v01 = {
-    QMI_IDL_LIBRARY_VERSION,
-    1,
-    0xE4,
-    longest,
-    {std::size(requests), std::size(responses), std::size(indications)},
-    {requests, responses, indications},
-    &type_table,
-    QMI_VS_IDL_MINOR,
-    nullptr,
-};
+constinit const struct qmi_idl_service_object vs_qmi_idl_service_object_v01 =
+    tables.service({0xE4, QMI_VS_IDL_MINOR, longest}, requests, responses, indications);

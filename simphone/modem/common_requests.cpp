@@ -5,13 +5,12 @@
 
 #include "modem/card_requests.h"
 #include "modem/maintenance.h"
+#include "modem/request_numbers.h"
 #include "modem/stats_debug_info.h"
 
 namespace simphone {
 
 namespace {
-
-constexpr uint32_t record_typed = 2;
 
 /* A typed request: kind u32, zero u32, type u32, payload length u32, payload. Its response has the
  * result in place of the zero. */
@@ -24,19 +23,17 @@ struct TypedRow {
 };
 
 /* Types that change or tell something; any other succeeds with an empty reply. */
-// clang-format off
 constexpr TypedRow typed_rows[] = {
-    {31, typed_restart},
-    {35, typed_nv_sync},
-    {39, card_status_query},
-    {55, card_status_get},
-    {56, card_type_query},
-    {57, card_status_set},
-    {80, card_hotswap},
-    {84, esim_switch},
-    {99, typed_full_dump},
+    {type_restart, typed_restart},
+    {type_nv_sync, typed_nv_sync},
+    {type_card_status_query, card_status_query},
+    {type_card_status_get, card_status_get},
+    {type_card_type_query, card_type_query},
+    {type_card_status_set, card_status_set},
+    {type_card_hotswap, card_hotswap},
+    {type_esim_switch, esim_switch},
+    {type_full_dump, typed_full_dump},
 };
-// clang-format on
 
 Bytes typed_request(ByteView request) {
     const auto type = static_cast<uint32_t>(get_le(request.subspan(8), 4));
@@ -48,7 +45,7 @@ Bytes typed_request(ByteView request) {
         if (row.type == type)
             result = row.handle(rest.first(std::min(length, rest.size())), reply);
     Bytes bytes;
-    put_le(bytes, record_typed, 4);
+    put_le(bytes, record_kind_typed, 4);
     put_le(bytes, static_cast<uint32_t>(result), 4);
     put_le(bytes, type, 4);
     put_le(bytes, reply.size(), 4);
@@ -64,10 +61,10 @@ struct RecordRow {
 };
 
 constexpr RecordRow record_rows[] = {
-    {0, record_gpio_test},
-    {1, record_tx_antenna},
-    {20, stats_debug_info},
-    {27, stats_not_supported_logs},
+    {record_kind_gpio_test, record_gpio_test},
+    {record_kind_tx_antenna, record_tx_antenna},
+    {record_kind_stats_debug_info, stats_debug_info},
+    {record_kind_stats_not_supported_logs, stats_not_supported_logs},
 };
 
 Bytes plain_request(uint32_t kind, ByteView request) {
@@ -92,7 +89,7 @@ Bytes common_request(ByteView request) {
         return bytes;
     }
     const auto kind = static_cast<uint32_t>(get_le(request, 4));
-    return kind == record_typed ? typed_request(request) : plain_request(kind, request);
+    return kind == record_kind_typed ? typed_request(request) : plain_request(kind, request);
 }
 
 } // namespace simphone

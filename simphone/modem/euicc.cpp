@@ -223,13 +223,13 @@ OpenedChannel open_channel(uint32_t slot, ByteView aid, uint64_t file_control) {
     return opened;
 }
 
-uint16_t close_channel(uint32_t slot, uint8_t channel) {
+bool close_channel(uint32_t slot, uint8_t channel) {
     std::vector<uint8_t> channels = open_channels();
     if (!ready(slot) || !is_open(channels, channel))
-        return QMI_ERR_INVALID_ARG;
+        return false;
     std::erase(channels, channel);
     store_channels(channels);
-    return QMI_ERR_NONE;
+    return true;
 }
 
 void close_all_channels() { store_channels({}); }

@@ -1,12 +1,4 @@
-/* The eUICC in slot 2. In the phone's directory:
- *
- *     euicc/eid           its EID, 32 digits
- *     euicc/boot_ms       milliseconds from power up until it answers (0)
- *     euicc/profiles      one profile a line: ICCID, operational | test, name
- *     euicc/smdp          default SM-DP+ address; missing: none
- *     euicc/channels      open logical channels, one a line: channel, restarts of the modem when it
- *                         was opened
- *     euicc/max_channels  how many may be open at once (3)
+/* The eUICC in slot 2: the files of the phone's folder euicc (docs/phone.md).
  *
  * A channel stays open until it is closed, the card loses its power or the modem restarts: not when
  * the process that opened it ends, so a command that leaves its channel open uses one up. */
@@ -33,8 +25,8 @@ struct OpenedChannel {
  * selection is a file control parameters template; 2, a file control information; else none. */
 OpenedChannel open_channel(uint32_t slot, ByteView aid, uint64_t file_control);
 
-/* QMI error, 0 when it was open. */
-uint16_t close_channel(uint32_t slot, uint8_t channel);
+/* False when it was not open. */
+bool close_channel(uint32_t slot, uint8_t channel);
 void close_all_channels();
 
 /* The reply ends with the status word. Nothing when that channel is not open. Requests known: the

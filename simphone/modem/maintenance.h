@@ -7,9 +7,7 @@
 
 namespace simphone {
 
-/* Typed requests. A full dump leaves dump/NUMBER.txt, the first that is free, and restarts; NV
- * syncs are counted in nv_syncs.
- */
+/* Typed requests. A full dump leaves the first file of the folder dump that is free, and restarts. */
 int32_t typed_restart(ByteView payload, Bytes& reply);
 int32_t typed_full_dump(ByteView payload, Bytes& reply);
 int32_t typed_nv_sync(ByteView payload, Bytes& reply);

@@ -13,31 +13,29 @@ constexpr uint16_t msg_bind_subscription = 0x0045;
 constexpr uint8_t tlv_serving_system = 0x13;
 constexpr uint64_t subscriptions = 2;
 
-Bytes answer(uint16_t error) { return TlvWriter().result(error).take(); }
-
 class NasService : public Service {
   public:
     Bytes handle(uint16_t msg_id, const TlvReader& request) override {
         if (!request.well_formed())
-            return answer(QMI_ERR_MALFORMED_MSG);
+            return refusal(QMI_ERR_MALFORMED_MSG);
         switch (msg_id) {
         case msg_bind_subscription: {
             const std::optional<uint64_t> subscription = request.number(0x01);
             if (!subscription)
-                return answer(QMI_ERR_MISSING_ARG);
+                return refusal(QMI_ERR_MISSING_ARG);
             if (*subscription >= subscriptions)
-                return answer(QMI_ERR_INVALID_ARG);
+                return refusal(QMI_ERR_INVALID_ARG);
             bound_ = *subscription;
             log_line("modem", "nas client bound to " + std::to_string(bound_));
-            return answer(QMI_ERR_NONE);
+            return success();
         }
         case msg_indication_register:
             if (const std::optional<uint64_t> choice = request.number(tlv_serving_system))
                 log_line("modem", "nas client of " + std::to_string(bound_) +
                                       " serving system indication " + std::to_string(*choice));
-            return answer(QMI_ERR_NONE);
+            return success();
         default:
-            return answer(QMI_ERR_INVALID_QMI_CMD);
+            return refusal(QMI_ERR_INVALID_QMI_CMD);
         }
     }
 

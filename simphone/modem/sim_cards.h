@@ -1,18 +1,5 @@
-/* The two card slots, UIM's and the vendor service's view of them. In the phone's directory (SLOT
- * is 1 or 2):
- *
- *     sim/SLOT         what is in the slot: present | absent | error; of slot 2 for whatever it is
- *                      connected to
- *     sim/2.kind       what slot 2 is connected to: euicc (soldered in) | psim (the tray)
- *     sim/SLOT.power   on | off; "on" may be followed by since when, in milliseconds, "off" by the
- *                      restarts so far: the next restart of the modem powers the slot up
- *     sim/SLOT.detect  the card-detect line: auto, or forced to low | high; then "general", when
- *                      only who asks for the line sees that, or "sim", when the SIM driver does too
- *     sim/hotswap      stop, or a running test of the tray: seconds after a push, seconds after a
- *                      pull, count, and since when in milliseconds
- *     sim/type         answer to the card type query: 0 error, 1 single SIM, 2 several
- *
- * A missing file is made with its first value above (sim/type with 2). */
+/* The two card slots, UIM's and the vendor service's view of them: the files of the phone's folder
+ * sim (docs/phone.md). */
 #pragma once
 
 #include <cstdint>

@@ -61,4 +61,8 @@ TlvWriter& TlvWriter::result(uint16_t error) {
     return add(0x02, bytes);
 }
 
+Bytes success() { return refusal(QMI_ERR_NONE); }
+
+Bytes refusal(uint16_t error) { return TlvWriter().result(error).take(); }
+
 } // namespace simphone

@@ -43,6 +43,10 @@ class TlvWriter {
     Bytes bytes_;
 };
 
+/* Whole answers: the standard response alone. */
+Bytes success();
+Bytes refusal(uint16_t error);
+
 /* Errors of the standard response that the simulated services give. */
 enum : uint16_t {
     QMI_ERR_NONE = 0,

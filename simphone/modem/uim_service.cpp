@@ -22,8 +22,6 @@ enum : uint16_t {
 constexpr uint8_t tlv_slot = 0x01;
 constexpr uint8_t tlv_apdu = 0x02;
 
-Bytes refuse(uint16_t error) { return TlvWriter().result(error).take(); }
-
 /* A counted array's elements, cut to what is there. */
 std::optional<ByteView> counted(const TlvReader& request, uint8_t type, size_t count_width) {
     const std::optional<ByteView> value = request.value(type);
@@ -52,18 +50,18 @@ Bytes get_card_status(const TlvReader& request) {
 
 Bytes power_down(const TlvReader&, uint32_t slot) {
     power_slot_down(slot);
-    return refuse(QMI_ERR_NONE);
+    return success();
 }
 
 Bytes power_up(const TlvReader& request, uint32_t slot) {
     const bool ignore_detect = request.number(0x10).value_or(0) != 0;
-    return refuse(power_slot_up(slot, ignore_detect) ? QMI_ERR_NONE : QMI_ERR_UIM_UNINITIALIZED);
+    return power_slot_up(slot, ignore_detect) ? success() : refusal(QMI_ERR_UIM_UNINITIALIZED);
 }
 
 Bytes get_eid(const TlvReader&, uint32_t slot) {
     const std::optional<Bytes> eid = read_eid(slot);
     if (!eid)
-        return refuse(QMI_ERR_INFO_UNAVAILABLE);
+        return refusal(QMI_ERR_INFO_UNAVAILABLE);
     return TlvWriter().result(QMI_ERR_NONE).counted(0x10, *eid, 1).take();
 }
 
@@ -86,7 +84,7 @@ Bytes open_on(uint32_t slot, ByteView aid, uint64_t file_control) {
 Bytes open_logical_channel(const TlvReader& request, uint32_t slot) {
     const std::optional<ByteView> aid = counted(request, 0x10, 1);
     if (!aid)
-        return refuse(QMI_ERR_MISSING_ARG);
+        return refusal(QMI_ERR_MISSING_ARG);
     return open_on(slot, *aid, request.number(0x11).value_or(0));
 }
 
@@ -96,18 +94,19 @@ Bytes logical_channel(const TlvReader& request, uint32_t slot) {
         return open_on(slot, *aid, request.number(0x12).value_or(0));
     const std::optional<uint64_t> channel = request.number(0x11);
     if (!channel)
-        return refuse(QMI_ERR_MISSING_ARG);
-    return refuse(close_channel(slot, static_cast<uint8_t>(*channel)));
+        return refusal(QMI_ERR_MISSING_ARG);
+    return close_channel(slot, static_cast<uint8_t>(*channel)) ? success()
+                                                               : refusal(QMI_ERR_INVALID_ARG);
 }
 
 Bytes send_apdu(const TlvReader& request, uint32_t slot) {
     const std::optional<ByteView> apdu = counted(request, tlv_apdu, 2);
     if (!apdu)
-        return refuse(QMI_ERR_MISSING_ARG);
+        return refusal(QMI_ERR_MISSING_ARG);
     const auto channel = static_cast<uint8_t>(request.number(0x10).value_or(0));
     const std::optional<Bytes> reply = exchange_apdu(slot, channel, *apdu);
     if (!reply)
-        return refuse(QMI_ERR_INVALID_ARG);
+        return refusal(QMI_ERR_INVALID_ARG);
     return TlvWriter().result(QMI_ERR_NONE).counted(0x10, *reply, 2).take();
 }
 
@@ -130,7 +129,7 @@ class UimService : public Service {
   public:
     Bytes handle(uint16_t msg_id, const TlvReader& request) override {
         if (!request.well_formed())
-            return refuse(QMI_ERR_MALFORMED_MSG);
+            return refusal(QMI_ERR_MALFORMED_MSG);
         if (msg_id == msg_get_card_status)
             return get_card_status(request);
         for (const Row& row : rows) {
@@ -138,15 +137,15 @@ class UimService : public Service {
                 continue;
             const std::optional<uint64_t> slot = request.number(tlv_slot);
             if (!slot)
-                return refuse(QMI_ERR_MISSING_ARG);
+                return refusal(QMI_ERR_MISSING_ARG);
             if (*slot < 1 || *slot > sim_slots)
-                return refuse(QMI_ERR_INVALID_ARG);
+                return refusal(QMI_ERR_INVALID_ARG);
             take_storage_error();
             Bytes answer = row.handle(request, static_cast<uint32_t>(*slot));
             /* What could not be stored must not look done. */
-            return take_storage_error() != 0 ? refuse(QMI_ERR_INTERNAL) : answer;
+            return take_storage_error() != 0 ? refusal(QMI_ERR_INTERNAL) : answer;
         }
-        return refuse(QMI_ERR_INVALID_QMI_CMD);
+        return refusal(QMI_ERR_INVALID_QMI_CMD);
     }
 };
 

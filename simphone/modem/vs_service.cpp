@@ -17,30 +17,28 @@ constexpr uint16_t msg_set_feature = 0x0003;
 constexpr uint16_t msg_get_stats = 0x0207;
 constexpr size_t max_entries = 10;
 
-Bytes failure(uint16_t error) { return TlvWriter().result(error).take(); }
-
 Bytes set_feature(const TlvReader& request) {
     const std::optional<uint64_t> feature = request.number(0x01);
     std::string flags;
     for (const uint8_t type : std::initializer_list<uint8_t>{0x02, 0x03, 0x04}) {
         const std::optional<uint64_t> flag = request.number(type);
         if (!feature || !flag)
-            return failure(QMI_ERR_MISSING_ARG);
+            return refusal(QMI_ERR_MISSING_ARG);
         flags += (flags.empty() ? "" : " ") + std::to_string(*flag);
     }
     if (write_text("features/" + std::to_string(*feature), flags) != 0)
-        return failure(QMI_ERR_INTERNAL);
-    return TlvWriter().result(QMI_ERR_NONE).take();
+        return refusal(QMI_ERR_INTERNAL);
+    return success();
 }
 
 Bytes get_stats(const TlvReader& request) {
     const std::optional<uint64_t> sub = request.number(0x01);
     const std::optional<ByteView> ids = request.value(0x03);
     if (!sub || !ids || ids->empty())
-        return failure(QMI_ERR_MISSING_ARG);
+        return refusal(QMI_ERR_MISSING_ARG);
     const size_t count = get_le(*ids, 1);
     if (count == 0 || count > max_entries || ids->size() != 1 + 4 * count)
-        return failure(QMI_ERR_INVALID_ARG);
+        return refusal(QMI_ERR_INVALID_ARG);
 
     Bytes entries = {0};
     for (size_t i = 0; i < count; ++i) {
@@ -56,7 +54,7 @@ Bytes get_stats(const TlvReader& request) {
         entries.insert(entries.end(), data->begin(), data->end());
     }
     if (entries.size() > UINT16_MAX)
-        return failure(QMI_ERR_INTERNAL);
+        return refusal(QMI_ERR_INTERNAL);
     return TlvWriter().result(QMI_ERR_NONE).add(0x10, entries).take();
 }
 
@@ -64,14 +62,14 @@ class VsService : public Service {
   public:
     Bytes handle(uint16_t msg_id, const TlvReader& request) override {
         if (!request.well_formed())
-            return failure(QMI_ERR_MALFORMED_MSG);
+            return refusal(QMI_ERR_MALFORMED_MSG);
         switch (msg_id) {
         case msg_set_feature:
             return set_feature(request);
         case msg_get_stats:
             return get_stats(request);
         default:
-            return failure(QMI_ERR_INVALID_QMI_CMD);
+            return refusal(QMI_ERR_INVALID_QMI_CMD);
         }
     }
 };

@@ -157,6 +157,20 @@ TEST_F(AdbTest, DeploysOnceAndOnlyWhole) {
         << bare.output;
 }
 
+TEST_F(AdbTest, RecordsOnThePhone) {
+    if (std::getenv("KVT_PHONE_BUILD") != nullptr)
+        GTEST_SKIP() << "an emulator can't be given a library for what it emulates";
+    add_phone("P", {{"root", "su"}});
+    const Outcome recorded = lab({"record", "--on", "P", "one.tape", "--", "4", "1", "0", "550"});
+    EXPECT_EQ(recorded.status, 0) << recorded.output;
+    EXPECT_NE(recorded.output.find("data len(9)"), std::string::npos) << recorded.output;
+    EXPECT_EQ(lab({"pull", "--on", "P", "--to", dir_}).status, 0);
+    const Outcome shown = lab({"show", dir_ / "one.tape"});
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_NE(shown.output.find("kvt 4 1 0 550"), std::string::npos) << shown.output;
+    EXPECT_EQ(lab({"record", "--on", "P", "--redact", "t", "--", "7", "0", "1"}).status, 2);
+}
+
 TEST_F(AdbTest, PullsTapesWhole) {
     const fs::path phone = add_phone("P");
     const fs::path tapes = phone / "data/local/tmp/kvt/tapes";

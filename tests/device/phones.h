@@ -41,6 +41,8 @@ class PhonesTest : public testing::Test {
         std::filesystem::create_directories(phone / "vendor");
         std::filesystem::create_directories(phone / "data/local/tmp/kvt/tapes");
         std::filesystem::create_directory_symlink(phone_build() / "lib", phone / "vendor/lib64");
+        std::filesystem::create_symlink(phone_build() / "lib/libkvt_record.so",
+                                        phone / "data/local/tmp/kvt/libkvt_record.so");
         std::filesystem::create_symlink(phone_build() / "bin/kvt",
                                         phone / "data/local/tmp/kvt/kvt");
         for (const auto& [name, word] : settings)

@@ -21,10 +21,9 @@ typedef struct {
     unsigned int other_info[5];
 } qmi_service_info;
 typedef struct {
-    uint32_t sig_set, timed_out, other_clock;
-    pthread_cond_t other_cond;
+    uint32_t sig_set, timed_out, other_clock, other;
     pthread_condattr_t other_attr;
-    pthread_mutex_t other_mutex;
+    pthread_mutex_t mutex;
 } qmi_client_os_params;
 typedef enum { QMI_CLIENT_SERVICE_COUNT_INC, other_count_dec } qmi_client_notify_event_type;
 typedef void (*qmi_client_ind_cb)(qmi_client_type, unsigned int, void*, unsigned int, void*);

@@ -1,13 +1,16 @@
-/* Preloaded into kvt by the sweep: sleeps pass KVT_FASTER times as fast, and the KVT_FAIL_MALLOC'th
- * allocation that kvt's own code asks malloc for fails. KVT_COUNT_MALLOC names a file that gets the
- * number of such allocations at exit. */
+/* Preloaded into kvt by the sweep: sleeps pass KVT_FASTER times as fast; the KVT_FAIL_ALLOCATION'th
+ * block that kvt's own code asks malloc or operator new for is refused, and the KVT_FAIL_THREAD'th
+ * thread. KVT_COUNT names a file that gets the numbers of both at exit. */
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 
 #include <dlfcn.h>
 #include <link.h>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace {
@@ -50,34 +53,60 @@ int first_object(dl_phdr_info* info, size_t, void* data) {
 }
 
 Range g_program;
-long g_fail;
-std::atomic<long> g_asked{0};
+
+/* Something that is asked for, and the time that it is refused. */
+struct Asked {
+    long refuse = 0;
+    std::atomic<long> times{0};
+    bool refused() { return ++times == refuse; }
+};
+Asked g_allocations, g_threads;
+
+bool refused_to(const void* caller) {
+    const auto address = reinterpret_cast<uintptr_t>(caller);
+    return address >= g_program.from && address < g_program.to && g_allocations.refused();
+}
 
 __attribute__((constructor)) void start() {
     ::dl_iterate_phdr(first_object, &g_program);
-    g_fail = number("KVT_FAIL_MALLOC");
+    g_allocations.refuse = number("KVT_FAIL_ALLOCATION");
+    g_threads.refuse = number("KVT_FAIL_THREAD");
 }
 
 __attribute__((destructor)) void finish() {
-    const char* const name = std::getenv("KVT_COUNT_MALLOC");
+    const char* const name = std::getenv("KVT_COUNT");
     std::FILE* const file = name != nullptr ? std::fopen(name, "w") : nullptr;
     if (file == nullptr)
         return;
-    std::fprintf(file, "%ld\n", g_asked.load());
+    std::fprintf(file, "%ld %ld\n", g_allocations.times.load(), g_threads.times.load());
     std::fclose(file);
 }
 
 } // namespace
+
+void* operator new(size_t size) {
+    void* const block = refused_to(__builtin_return_address(0)) ? nullptr : std::malloc(size);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return refused_to(__builtin_return_address(0)) ? nullptr : std::malloc(size);
+}
 
 extern "C" {
 
 void* __libc_malloc(size_t size);
 
 void* malloc(size_t size) {
-    const auto caller = reinterpret_cast<uintptr_t>(__builtin_return_address(0));
-    if (caller >= g_program.from && caller < g_program.to && ++g_asked == g_fail)
-        return nullptr;
-    return __libc_malloc(size);
+    return refused_to(__builtin_return_address(0)) ? nullptr : __libc_malloc(size);
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attr, void* (*body)(void*), void* arg) {
+    using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+    static const auto real = next<Create>("pthread_create");
+    return g_threads.refused() ? EAGAIN : real(thread, attr, body, arg);
 }
 
 unsigned sleep(unsigned seconds) {

@@ -1,9 +1,12 @@
 /* Fault sweep: runs every command once undisturbed and counts its platform calls, then once for
- * each call and each kind of failure, and once for each allocation that fails. A run must end with
- * status 0 within its time and without a sanitizer's report; it must tell the failure, or not be
- * touched by it; and what it was to change must be as before or as it would have been.
+ * each call and each kind of failure, once for each allocation that fails and once for each thread
+ * that does not start. A run must end with status 0 within its time and without a sanitizer's
+ * report; it must tell the failure, or not be touched by it; its last word must not be a success
+ * when a request failed that it needs; and what it was to change must be as before or as it would
+ * have been.
  *
  *     sweep KVT PRELOAD [--short] [--jobs N]
+ *     sweep KVT PRELOAD --soak RUNS       (commands beside one another on one phone)
  *
  * PRELOAD is preload.cpp's library, or "" to run without it (under a sanitizer, at full length).
  * Prints a table: command, calls, runs, failures; status 1 when there was one. */
@@ -14,7 +17,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -31,6 +36,7 @@ namespace fs = std::filesystem;
 struct Command {
     std::vector<std::string> arguments;
     std::string changes = "";
+    bool soaks = false; /* prints the same beside others that soak */
 };
 
 const std::vector<Command> commands = {
@@ -40,43 +46,44 @@ const std::vector<Command> commands = {
     {{"3", "3", "1", "4", "255"}, "efs/0/nv/item_files/modem/antenna/ant_tx_config"},
     {{"3", "4"}},
     {{"3", "5"}, "efs/0/nv/item_files/modem/antenna/ant_tx_config"},
-    {{"4", "1", "0", "550"}},
+    {{"4", "1", "0", "550"}, "", true},
     {{"4", "2", "0", "550", "1", "2"}, "nv/0/550"},
     {{"4", "3", "0", "550"}, "nv/0/550"},
-    {{"4", "4", "0", "/sweep/file"}},
-    {{"4", "5", "0", "/sweep/file", "7", "8", "9"}, "efs/0/sweep/file"},
+    {{"4", "4", "0", "/sweep/file"}, "", true},
+    {{"4", "5", "0", "/sweep/file", "7", "8", "9"}, "efs/0/sweep/file", true},
     {{"4", "6", "0", "/sweep/file"}, "efs/0/sweep/file"},
-    {{"5", "0", "0", "0", "500", "0x7c"}},
-    {{"5", "0", "1", "0", "500", "0x7c"}},
+    {{"5", "0", "0", "0", "500", "0x7c"}, "", true},
+    {{"5", "0", "1", "0", "500", "0x7c"}, "", true},
+    {{"5", "0", "1", "0", "500", "0x10"}}, /* an answer in two chunks */
     {{"5", "0", "0", "1", "0", "0x7c"}},
     {{"5", "0", "1", "1", "0", "0x7c"}},
-    {{"5", "1"}},
-    {{"5", "2", "0"}},
+    {{"5", "1"}, "", true},
+    {{"5", "2", "0"}, "", true},
     {{"5", "3", "0", "1", "1"}},
     {{"5", "4"}},
-    {{"5", "5"}},
+    {{"5", "5"}, "", true},
     {{"5", "6", "1", "1", "1", "2"}},
     {{"5", "6", "0"}},
     {{"5", "10", "1", "1"}},
     {{"5", "10", "2", "1"}},
     {{"5", "10", "3", "1"}},
-    {{"5", "10", "4", "1"}},
+    {{"5", "10", "4", "1"}, "", true},
     {{"5", "10", "5", "1"}},
-    {{"5", "10", "3", "0"}},
-    {{"6", "1", "1", "2", "3"}},
-    {{"7", "0", "1"}},
-    {{"7", "1", "0"}},
+    {{"5", "10", "3", "0"}, "", true},
+    {{"6", "1", "1", "2", "3"}, "", true},
+    {{"7", "0", "1"}, "", true},
+    {{"7", "1", "0"}, "", true},
     {{"7", "1", "1"}},
-    {{"9", "0", "0"}},
+    {{"9", "0", "0"}, "", true},
     {{"9", "7", "1"}},
     {{"9", "9", "0"}},
     {{"9", "20", "0"}},
-    {{"9", "30", "0"}},
-    {{"10", "0", "1"}},
+    {{"9", "30", "0"}, "", true},
+    {{"10", "0", "1"}, "", true},
     {{"11", "0"}},
     {{"11", "1"}, "efs/0/nv/item_files/modem/orvik/ssr_update_count"},
-    {{"11", "2"}, "nv_syncs"},
-    {{"11", "3", "1"}, "prop/persist.vendor.radio.print_stats"},
+    {{"11", "2"}, "nv_syncs", true},
+    {{"11", "3", "1"}, "prop/persist.vendor.radio.print_stats", true},
     {{"11", "4", "1"}, "efs/0/ravex/ravex_print_mask"},
     {{"11", "5", "0"}, "efs/0/nv/item_files/modem/orvik/qmi_print_flag"},
 };
@@ -85,12 +92,32 @@ const std::vector<std::string> failures = {
     "error -16", "error -1", "gone", "timeout", "late 30",
     "empty",     "short",    "long", "garbage", "restart",
 };
-const std::vector<std::string> short_failures = {"error -16", "garbage", "restart"};
+const std::vector<std::string> short_failures = {"error -16", "empty", "garbage", "restart"};
 const std::vector<std::string> shortest_failures = {"garbage"}; /* at full length, sleeps and all */
 
-/* Words that tell a failure. */
-const std::regex told("[Ff]ail|FAIL|[Ee]rror|[Ii]nvalid|not |Unable|Could|time|-[0-9]|UNKNOWN|DOWN|"
-                      "empty|stoped|vailid = 0");
+/* Words that tell a failure; no level, and no duration. */
+const std::regex
+    told("[Ff]ail|FAIL|[Ee]rror|[Ii]nvalid|not |Unable|Could|time ?out|-[0-9]+(?![0-9.])|"
+         "UNKNOWN|DOWN|empty|stoped|stop waiting|vailid = 0|conf = [1-9]");
+/* The line that tells a success, where a command has one. */
+const std::regex success("^(success|value=SUCCEED|eID=|data len|rsp data|SAR DSI: [0-9])");
+
+/* Requests whose failure ends no command: from that request of its kind on the command goes on, and
+ * may still tell a success. */
+struct Passed {
+    const char* command;
+    const char* call;
+    size_t from;
+};
+constexpr Passed passed_over[] = {
+    {"11 4", "qmi_client_send_msg_sync:vendor", 2}, /* after the write: sync and restart */
+    {"11 5", "qmi_client_send_msg_sync:vendor", 2},
+    {"5 10 1", "qmi_client_send_msg_sync:vendor", 1}, /* the switch's answer, the copy of the EID */
+    {"5 10 2", "qmi_client_send_msg_sync:vendor", 1},
+    {"5 10 1", "qmi_client_send_msg_sync:uim.0x65", 1}, /* asked again */
+    {"5 10 3", "qmi_client_send_msg_sync:uim.0x65", 1},
+    {"5 10 5", "qmi_client_send_msg_sync:uim.0x3f", 1}, /* closing the channel */
+};
 
 constexpr unsigned time_limit_s = 40;
 
@@ -115,10 +142,8 @@ std::string steady(const std::string& text) {
     return all;
 }
 
-/* True when the output is the good one, or has a line of its own that tells a failure. */
+/* True when the output has a line of its own that tells a failure. */
 bool tells_failure(const std::string& output, const std::string& good) {
-    if (steady(output) == steady(good))
-        return true;
     const std::string expected = steady(good);
     std::istringstream lines(steady(output));
     for (std::string line; std::getline(lines, line);)
@@ -127,12 +152,33 @@ bool tells_failure(const std::string& output, const std::string& good) {
     return false;
 }
 
+bool tells_success(const std::string& output) {
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);)
+        if (std::regex_search(line, success))
+            return true;
+    return false;
+}
+
+bool begins(const std::string& text, const std::string& with) { return text.rfind(with, 0) == 0; }
+
+/* True when no run can do its work after this failure of its Nth such call. */
+bool needed(const std::string& command, const std::string& call, size_t nth,
+            const std::string& failure) {
+    if (!begins(call, "qmi_client_send_msg_sync") ||
+        (!begins(failure, "error") && failure != "timeout" && failure != "gone"))
+        return false;
+    return std::none_of(std::begin(passed_over), std::end(passed_over), [&](const Passed& row) {
+        return begins(command + " ", std::string(row.command) + " ") && begins(call, row.call) &&
+               nth >= row.from;
+    });
+}
+
 /* Calls whose failure the tool has no words for: it goes on, and what follows tells. What a DIAG
  * packet is answered with is shown as it comes, wrong or right. */
 bool has_words(const std::string& call, const std::string& failure) {
-    if (call.rfind("diag_callback_send_data", 0) == 0 ||
-        call.rfind("diag_send_dci_async_req", 0) == 0)
-        return failure.rfind("error", 0) == 0 || failure == "gone";
+    if (begins(call, "diag_callback_send_data") || begins(call, "diag_send_dci_async_req"))
+        return begins(failure, "error") || failure == "gone";
     static const char* const silent[] = {
         "property_",
         "diag_register_callback",
@@ -142,7 +188,7 @@ bool has_words(const std::string& call, const std::string& failure) {
         "Diag_LSM_DeInit",
     };
     return std::none_of(std::begin(silent), std::end(silent),
-                        [&](const char* prefix) { return call.rfind(prefix, 0) == 0; });
+                        [&](const char* prefix) { return begins(call, prefix); });
 }
 
 struct Outcome {
@@ -155,7 +201,7 @@ void make_phone(const fs::path& phone) {
     fs::remove_all(phone);
     for (const char* folder :
          {"prop", "nv/0", "nv/1", "efs/0/sweep", "efs/0/nv/item_files/modem/orvik",
-          "efs/0/nv/item_files/modem/antenna", "efs/1"})
+          "efs/0/nv/item_files/modem/antenna", "efs/1", "diag"})
         fs::create_directories(phone / folder);
     std::ofstream(phone / "prop/persist.radio.ssr_wait_s") << "0";
     std::ofstream(phone / "nv/0/550") << "nv item";
@@ -164,6 +210,7 @@ void make_phone(const fs::path& phone) {
     std::ofstream(phone / "efs/0/nv/item_files/modem/orvik/rf_ant_port_config") << "gpio";
     std::ofstream(phone / "efs/0/nv/item_files/modem/antenna/ant_tx_config") << "antenna";
     std::ofstream(phone / "restart_ms") << "60";
+    std::ofstream(phone / "diag/10") << std::string(5000, '\x10');
 }
 
 Outcome run(const Command& command, const fs::path& folder, const std::string& fault,
@@ -191,7 +238,7 @@ Outcome run(const Command& command, const fs::path& folder, const std::string& f
     else if (result.status != 0)
         outcome.trouble = "status " + std::to_string(result.status);
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-        if (entry.path().filename().string().rfind("report", 0) == 0) {
+        if (begins(entry.path().filename().string(), "report")) {
             outcome.trouble = file_contents(entry.path()).substr(0, 3000);
             fs::remove(entry.path());
         }
@@ -234,21 +281,28 @@ Row sweep(const Command& command, const fs::path& folder, bool brief) {
     fs::create_directories(folder);
     make_phone(folder / "phone");
     const std::string before = file_contents(folder / "phone" / command.changes);
-    const fs::path count = folder / "mallocs";
-    const Outcome good = run(command, folder, "", {"KVT_COUNT_MALLOC=" + count.string()});
+    const fs::path counted = folder / "counted";
+    const Outcome good = run(command, folder, "", {"KVT_COUNT=" + counted.string()});
     const std::vector<std::string> calls = calls_of(folder / "phone");
     const std::string after = file_contents(folder / "phone" / command.changes);
+    const std::string good_steady = steady(good.output);
     row.calls = calls.size();
-    row.allocations = preload.empty() ? 0 : std::strtoul(file_contents(count).c_str(), nullptr, 10);
+    size_t threads = 0;
+    if (!preload.empty())
+        std::istringstream(file_contents(counted)) >> row.allocations >> threads;
     row.runs = 1;
     if (!good.trouble.empty())
         row.troubles.push_back("undisturbed: " + good.trouble);
 
-    const auto check = [&](const std::string& what, bool has_words, const Outcome& outcome) {
+    const auto check = [&](const std::string& what, bool has_words, bool needed,
+                           const Outcome& outcome) {
         ++row.runs;
         std::string trouble = outcome.trouble;
-        if (trouble.empty() && has_words && !tells_failure(outcome.output, good.output))
-            trouble = "differs and tells no failure:\n" + outcome.output;
+        if (trouble.empty() && has_words && (needed || steady(outcome.output) != good_steady) &&
+            !tells_failure(outcome.output, good.output))
+            trouble = "tells no failure:\n" + outcome.output;
+        if (trouble.empty() && needed && tells_success(outcome.output))
+            trouble = "tells a success:\n" + outcome.output;
         if (trouble.empty() && !command.changes.empty()) {
             const std::string now = file_contents(folder / "phone" / command.changes);
             if (now != before && now != after)
@@ -260,21 +314,83 @@ Row sweep(const Command& command, const fs::path& folder, bool brief) {
     const std::vector<std::string>& tried = !brief            ? failures
                                             : preload.empty() ? shortest_failures
                                                               : short_failures;
-    for (size_t i = 0; i < calls.size(); ++i)
+    std::map<std::string, size_t> seen;
+    for (size_t i = 0; i < calls.size(); ++i) {
+        const size_t nth = ++seen[calls[i].substr(0, calls[i].rfind('.'))];
         for (const std::string& failure : tried)
             check("call " + std::to_string(i + 1) + " " + calls[i] + " " + failure,
-                  has_words(calls[i], failure),
+                  has_words(calls[i], failure), needed(row.name, calls[i], nth, failure),
                   run(command, folder, "* " + std::to_string(i + 1) + " " + failure, {}));
+    }
     for (size_t i = 1; i <= row.allocations; ++i)
-        check("allocation " + std::to_string(i), true,
-              run(command, folder, "", {"KVT_FAIL_MALLOC=" + std::to_string(i)}));
+        check("allocation " + std::to_string(i), true, false,
+              run(command, folder, "", {"KVT_FAIL_ALLOCATION=" + std::to_string(i)}));
+    for (size_t i = 1; i <= threads; ++i)
+        check("thread " + std::to_string(i), true, false,
+              run(command, folder, "", {"KVT_FAIL_THREAD=" + std::to_string(i)}));
     return row;
+}
+
+/* Many runs of the commands that bear company, eight at a time, on one phone: each must print what
+ * it prints alone, leave nothing behind and need no more memory than the first. */
+int soak(size_t runs) {
+    const fs::path phone = work / "phone";
+    make_phone(phone);
+    const std::string setting = "KVT_PHONE=" + phone.string();
+    std::vector<const Command*> soaking;
+    for (const Command& command : commands)
+        if (command.soaks)
+            soaking.push_back(&command);
+    const auto run_one = [&](size_t which, const fs::path& output) {
+        return run_process(kvt_program, soaking[which]->arguments, {setting}, output, time_limit_s);
+    };
+    std::vector<ProcessResult> alone(soaking.size());
+    for (const bool first : {true, false}) /* the first run of a command changes what others see */
+        for (size_t i = 0; i < soaking.size(); ++i)
+            (first ? ProcessResult() : alone[i]) = run_one(i, work / "output");
+    const auto names = [&] {
+        std::set<std::string> all;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(phone))
+            all.insert(entry.path().string());
+        all.erase((phone / "log.1").string());
+        return all;
+    };
+    const std::set<std::string> names_alone = names();
+
+    std::atomic<size_t> taken{0}, troubles{0};
+    std::atomic<long> growth{0};
+    std::vector<std::thread> threads;
+    for (int job = 0; job < 8; ++job)
+        threads.emplace_back([&, job] {
+            for (size_t i = 0; (i = taken++) < runs;) {
+                const size_t which = i % soaking.size();
+                const ProcessResult result =
+                    run_one(which, work / ("output" + std::to_string(job)));
+                if ((result.status != 0 || steady(result.output) != steady(alone[which].output)) &&
+                    troubles++ < 5)
+                    std::printf("kvt %s: status %d\n%s\n",
+                                joined(soaking[which]->arguments).c_str(), result.status,
+                                result.output.c_str());
+                const long more = result.max_resident_kb - alone[which].max_resident_kb;
+                for (long most = growth;
+                     more > most && !growth.compare_exchange_weak(most, more);) {
+                }
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    const bool clean = names() == names_alone;
+    std::printf("%zu runs: %zu failures, %s, memory of a run at most %ld KiB above its first\n",
+                runs, troubles.load(), clean ? "nothing left behind" : "files left behind",
+                growth.load());
+    return troubles == 0 && clean && growth < 1024 ? 0 : 1;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     bool brief = false;
+    size_t soak_runs = 0;
     unsigned jobs = 4 * std::max(1u, std::thread::hardware_concurrency()); /* most runs wait */
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
@@ -282,6 +398,8 @@ int main(int argc, char** argv) {
             brief = true;
         else if (std::strcmp(argv[i], "--jobs") == 0 && i + 1 < argc)
             jobs = static_cast<unsigned>(std::max(1, std::atoi(argv[++i])));
+        else if (std::strcmp(argv[i], "--soak") == 0 && i + 1 < argc)
+            soak_runs = std::strtoul(argv[++i], nullptr, 10);
         else
             words.push_back(argv[i]);
     }
@@ -290,6 +408,11 @@ int main(int argc, char** argv) {
     kvt_program = words[0];
     preload = words[1];
     work = new_scratch_folder();
+    if (soak_runs > 0) {
+        const int status = soak(soak_runs);
+        fs::remove_all(work);
+        return status;
+    }
 
     std::vector<Row> rows(commands.size());
     std::atomic<size_t> taken{0};

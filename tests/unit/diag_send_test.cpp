@@ -157,7 +157,7 @@ TEST_F(DiagTest, APostOfAnEarlierWaitEndsNoLaterOne) {
 
 TEST_F(DiagTest, SeveralAnswersToOneCommand) {
     put("diag/repeat", "2");
-    put("diag/gap_ms", "10");
+    put("diag/gap_ms", "300");
     put("diag/10", "one");
     put("diag/10.2", "two");
     EXPECT_EQ(send(callback, "\x10").reply, "one");

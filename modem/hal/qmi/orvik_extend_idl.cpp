@@ -1,7 +1,5 @@
 #include "orvik_extend_idl.h"
 
-#include <iterator>
-
 #include "qmi_idl_layout.h"
 
 namespace {
@@ -114,37 +112,17 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {ORVIK_EXTEND_IND_05, msg_ind_05, 1137},
     {ORVIK_EXTEND_IND_06, msg_ind_06, 1227},
     {ORVIK_EXTEND_IND_07, msg_pair, 14},
-    /* 34 is what the service states for 0x08, although its TLVs add up to 41 bytes. */
+    /* The service states 34, although the TLVs add up to more, see below. */
     {ORVIK_EXTEND_IND_08, msg_ind_08, 34},
 };
 
-static_assert(qmi_idl::rows_sound(types, messages, requests));
-static_assert(qmi_idl::rows_sound(types, messages, responses));
-static_assert(qmi_idl::rows_sound(types, messages, indications, ORVIK_EXTEND_IND_08, 41));
+static_assert(qmi_idl::max_message_wire_len(types, ind_08) == 41);
 
-extern const qmi_idl_type_table_object type_table;
-const qmi_idl_type_table_object* referenced_tables[] = {&type_table};
-const qmi_idl_type_table_object type_table = {
-    std::size(types),
-    std::size(messages),
-    std::size(referenced_tables),
-    types,
-    messages,
-    referenced_tables,
-    nullptr,
-};
+constexpr qmi_idl::Tables tables(types, messages);
 
-const qmi_idl_service_object service_object = {
-    QMI_IDL_LIBRARY_VERSION,
-    1,
-    ORVIK_EXTEND_SERVICE_ID,
-    ORVIK_EXTEND_MAX_MSG_LEN,
-    {std::size(requests), std::size(responses), std::size(indications)},
-    {requests, responses, indications},
-    &type_table,
-    1,
-    nullptr,
-};
+constinit const qmi_idl_service_object service_object =
+    tables.service({ORVIK_EXTEND_SERVICE_ID, 1, ORVIK_EXTEND_MAX_MSG_LEN}, requests, responses,
+                   indications, ORVIK_EXTEND_IND_08);
 
 } // namespace
 
