@@ -55,39 +55,39 @@ template <typename T> T load(const uint8_t* data) {
 
 /* p: where pci lies; q: where dl_earfcn lies. */
 void read_bytes(const uint8_t* p, const uint8_t* q, serving_cell& cell) {
-    cell.mcc = load<uint16_t>(q + 20);
+    cell.record.mcc = load<uint16_t>(q + 20);
     cell.mnc_num = q[22];
-    cell.mnc = load<uint16_t>(q + 23);
-    cell.tac = load<uint32_t>(q + 26);
-    cell.cgi = load<uint64_t>(q + 12);
-    cell.pci = load<uint16_t>(p);
-    cell.freq_band_ind = load<uint16_t>(q + 30);
-    cell.dl_earfcn = load<uint32_t>(q);
-    cell.dl_bw = load<uint16_t>(q + 8);
-    cell.ul_earfcn = load<uint32_t>(q + 4);
-    cell.ul_bw = load<uint16_t>(q + 10);
-    cell.allow_access = q[25];
+    cell.record.mnc = load<uint16_t>(q + 23);
+    cell.record.tac = load<uint32_t>(q + 26);
+    cell.record.cgi = load<uint64_t>(q + 12);
+    cell.record.pci = load<uint16_t>(p);
+    cell.record.freq_band_ind = load<uint16_t>(q + 30);
+    cell.record.dl_earfcn = load<uint32_t>(q);
+    cell.record.dl_bw = load<uint16_t>(q + 8);
+    cell.record.ul_earfcn = load<uint32_t>(q + 4);
+    cell.record.ul_bw = load<uint16_t>(q + 10);
+    cell.record.allow_access = q[25];
 }
 
 /* Every field begins at bit 2 of a byte. */
 void read_bits(const uint8_t* p, serving_cell& cell) {
-    cell.mcc = static_cast<uint16_t>(load<uint32_t>(p + 31) >> 2);
+    cell.record.mcc = static_cast<uint16_t>(load<uint32_t>(p + 31) >> 2);
     cell.mnc_num = static_cast<uint8_t>(load<uint16_t>(p + 33) >> 2);
-    cell.mnc = static_cast<uint16_t>(load<uint32_t>(p + 34) >> 2);
-    cell.tac = static_cast<uint32_t>(load<uint64_t>(p + 37) >> 2);
-    cell.cgi = load<uint64_t>(p + 23) >> 2 | static_cast<uint64_t>(p[31]) << 62;
-    cell.pci = static_cast<uint16_t>(load<uint32_t>(p + 1) >> 2);
-    cell.freq_band_ind = static_cast<uint16_t>(load<uint32_t>(p + 41) >> 2);
-    cell.dl_earfcn = static_cast<uint32_t>(load<uint64_t>(p + 11) >> 2);
-    cell.dl_bw = static_cast<uint16_t>(load<uint32_t>(p + 19) >> 2);
-    cell.ul_earfcn = static_cast<uint32_t>(load<uint64_t>(p + 15) >> 2);
-    cell.ul_bw = static_cast<uint16_t>(load<uint32_t>(p + 21) >> 2);
-    cell.allow_access = static_cast<uint8_t>(load<uint16_t>(p + 36) >> 2);
+    cell.record.mnc = static_cast<uint16_t>(load<uint32_t>(p + 34) >> 2);
+    cell.record.tac = static_cast<uint32_t>(load<uint64_t>(p + 37) >> 2);
+    cell.record.cgi = load<uint64_t>(p + 23) >> 2 | static_cast<uint64_t>(p[31]) << 62;
+    cell.record.pci = static_cast<uint16_t>(load<uint32_t>(p + 1) >> 2);
+    cell.record.freq_band_ind = static_cast<uint16_t>(load<uint32_t>(p + 41) >> 2);
+    cell.record.dl_earfcn = static_cast<uint32_t>(load<uint64_t>(p + 11) >> 2);
+    cell.record.dl_bw = static_cast<uint16_t>(load<uint32_t>(p + 19) >> 2);
+    cell.record.ul_earfcn = static_cast<uint32_t>(load<uint64_t>(p + 15) >> 2);
+    cell.record.ul_bw = static_cast<uint16_t>(load<uint32_t>(p + 21) >> 2);
+    cell.record.allow_access = static_cast<uint8_t>(load<uint16_t>(p + 36) >> 2);
 }
 
 [[gnu::noinline]] bool by_hand_unpack(const uint8_t* data, serving_cell& cell) {
-    cell.version = load<uint32_t>(data);
-    switch (const uint8_t* const p = data + 4; cell.version) {
+    cell.record.version = load<uint32_t>(data);
+    switch (const uint8_t* const p = data + 4; cell.record.version) {
     case 0x30000:
         read_bytes(p, p + 10, cell);
         return true;
@@ -112,26 +112,14 @@ uint8_t g_area[700];
     if (!by_hand_unpack(data, cell))
         return;
     std::printf("version = %d, mcc = %d, mnc_num %d, mnc %d, tac %d, cgi %lu, pci %d\n",
-                cell.version, cell.mcc, cell.mnc_num, cell.mnc, cell.tac, cell.cgi, cell.pci);
+                cell.record.version, cell.record.mcc, cell.mnc_num, cell.record.mnc,
+                cell.record.tac, cell.record.cgi, cell.record.pci);
     std::printf("freq_band_ind = %d, dl_earfcn = %d, dl_bw %d, ul_earfcn %d, ul_bw %d, "
                 "allow_access %d, scs %d\n",
-                cell.freq_band_ind, cell.dl_earfcn, cell.dl_bw, cell.ul_earfcn, cell.ul_bw,
-                cell.allow_access, 0);
-    const modem_stats_single_data_common_type record = {cell.version,
-                                                        cell.mcc,
-                                                        cell.mnc,
-                                                        cell.tac,
-                                                        cell.cgi,
-                                                        cell.pci,
-                                                        cell.freq_band_ind,
-                                                        cell.dl_earfcn,
-                                                        cell.dl_bw,
-                                                        cell.ul_earfcn,
-                                                        cell.ul_bw,
-                                                        cell.allow_access,
-                                                        0};
+                cell.record.freq_band_ind, cell.record.dl_earfcn, cell.record.dl_bw,
+                cell.record.ul_earfcn, cell.record.ul_bw, cell.record.allow_access, 0);
     std::memset(g_area + 36, 0, sizeof g_area - 36);
-    std::memcpy(g_area, &record, sizeof record);
+    std::memcpy(g_area, &cell.record, sizeof cell.record);
 }
 
 /* ==== the two in turn ==== */
@@ -154,8 +142,8 @@ void extraction(benchmark::State& state) {
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations());
-    if (cell.cgi != wanted.cgi || cell.tac != wanted.tac ||
-        cell.allow_access != wanted.allow_access)
+    if (cell.record.cgi != wanted.record.cgi || cell.record.tac != wanted.record.tac ||
+        cell.record.allow_access != wanted.record.allow_access)
         state.SkipWithError("the two readers differ");
 }
 

@@ -1,5 +1,11 @@
-/* A run of "kvt 1" against a program that prints the same line and is linked with the same
- * libraries. */
+/* Whole processes: a run of "kvt 1" against a program that prints the same line and is linked with the
+ * same libraries; and kvt-lab, which tells how a read went, against the read alone. */
+#include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
 #include <benchmark/benchmark.h>
 
 #include <fcntl.h>
@@ -8,17 +14,34 @@
 
 namespace {
 
-void run(benchmark::State& state, const char* program) {
+/* The simulated phone of the runs that ask one. */
+struct Phone {
+    std::string folder = (std::filesystem::temp_directory_path() / "kvt-bench-XXXXXX").string();
+    std::string setting;
+    Phone() {
+        if (::mkdtemp(folder.data()) != nullptr)
+            setting = "KVT_PHONE=" + folder;
+    }
+    ~Phone() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+};
+
+void run(benchmark::State& state, const char* program, std::initializer_list<const char*> words) {
+    static Phone phone;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    char name[] = "kvt", group[] = "1";
-    char* const argv[] = {name, group, nullptr};
-    char* const envp[] = {nullptr};
+    std::vector<char*> argv = {const_cast<char*>(program)};
+    for (const char* const word : words)
+        argv.push_back(const_cast<char*>(word));
+    argv.push_back(nullptr);
+    char* const envp[] = {phone.setting.data(), nullptr};
     for (auto _ : state) {
         pid_t pid = 0;
         int status = -1;
-        if (posix_spawn(&pid, program, &actions, nullptr, argv, envp) != 0 ||
+        if (posix_spawn(&pid, program, &actions, nullptr, argv.data(), envp) != 0 ||
             waitpid(pid, &status, 0) != pid || status != 0) {
             state.SkipWithError("did not run");
             break;
@@ -27,10 +50,20 @@ void run(benchmark::State& state, const char* program) {
     posix_spawn_file_actions_destroy(&actions);
 }
 
-void process_one_line(benchmark::State& state) { run(state, ONE_LINE_PROGRAM); }
-void process_kvt(benchmark::State& state) { run(state, KVT_PROGRAM); }
+void process_one_line(benchmark::State& state) { run(state, ONE_LINE_PROGRAM, {"1"}); }
+void process_kvt(benchmark::State& state) { run(state, KVT_PROGRAM, {"1"}); }
 
 BENCHMARK(process_one_line)->UseRealTime();
 BENCHMARK(process_kvt)->UseRealTime();
+
+#ifdef KVT_LAB_PROGRAM
+void process_read(benchmark::State& state) { run(state, KVT_PROGRAM, {"4", "1", "0", "550"}); }
+void process_check(benchmark::State& state) {
+    run(state, KVT_LAB_PROGRAM, {"check", "4", "1", "0", "550"});
+}
+
+BENCHMARK(process_read)->UseRealTime();
+BENCHMARK(process_check)->UseRealTime();
+#endif
 
 } // namespace

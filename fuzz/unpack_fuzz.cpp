@@ -106,29 +106,29 @@ std::optional<serving_cell> record(const uint8_t* bytes, int32_t limit, int32_t 
     if (base_bit / 8 < 0 || base_bit / 8 >= last_byte)
         return std::nullopt;
     serving_cell cell{};
-    cell.version = static_cast<uint32_t>(bits(bytes, base_bit / 8 * 8, 32));
-    const std::optional<Place> at = place(cell.version);
+    cell.record.version = static_cast<uint32_t>(bits(bytes, base_bit / 8 * 8, 32));
+    const std::optional<Place> at = place(cell.record.version);
     if (!at)
         return std::nullopt;
     bool whole = true;
-    const auto read = [&]<typename T>(T& value, int32_t bit) {
-        const int width = 8 * sizeof value;
-        const auto read_value = field(bytes, limit, sum(base_bit, 32), bit, width, width);
-        whole = whole && read_value.has_value();
-        value = static_cast<T>(read_value.value_or(0));
+    const auto read = [&](int width, int32_t bit) {
+        const auto value = field(bytes, limit, sum(base_bit, 32), bit, width, width);
+        whole = whole && value.has_value();
+        return value.value_or(0);
     };
-    read(cell.pci, at->pci);
-    read(cell.dl_earfcn, at->dl_earfcn);
-    read(cell.ul_earfcn, at->dl_earfcn + 32);
-    read(cell.dl_bw, at->dl_earfcn + 64);
-    read(cell.ul_bw, at->dl_earfcn + 80);
-    read(cell.cgi, at->dl_earfcn + 96);
-    read(cell.mcc, at->dl_earfcn + 160);
-    read(cell.mnc_num, at->dl_earfcn + 176);
-    read(cell.mnc, at->dl_earfcn + 184);
-    read(cell.allow_access, at->dl_earfcn + 200);
-    read(cell.tac, at->dl_earfcn + 208);
-    read(cell.freq_band_ind, at->dl_earfcn + 240);
+    modem_stats_single_data_common_type& out = cell.record;
+    out.pci = static_cast<uint16_t>(read(16, at->pci));
+    out.dl_earfcn = static_cast<uint32_t>(read(32, at->dl_earfcn));
+    out.ul_earfcn = static_cast<uint32_t>(read(32, at->dl_earfcn + 32));
+    out.dl_bw = static_cast<uint16_t>(read(16, at->dl_earfcn + 64));
+    out.ul_bw = static_cast<uint16_t>(read(16, at->dl_earfcn + 80));
+    out.cgi = read(64, at->dl_earfcn + 96);
+    out.mcc = static_cast<uint16_t>(read(16, at->dl_earfcn + 160));
+    cell.mnc_num = static_cast<uint8_t>(read(8, at->dl_earfcn + 176));
+    out.mnc = static_cast<uint16_t>(read(16, at->dl_earfcn + 184));
+    out.allow_access = static_cast<uint8_t>(read(8, at->dl_earfcn + 200));
+    out.tac = static_cast<uint32_t>(read(32, at->dl_earfcn + 208));
+    out.freq_band_ind = static_cast<uint16_t>(read(16, at->dl_earfcn + 240));
     return whole ? std::optional(cell) : std::nullopt;
 }
 
@@ -172,10 +172,7 @@ void compare_span(Input& input, size_t size) {
 }
 
 bool same(const serving_cell& a, const serving_cell& b) {
-    return a.version == b.version && a.mcc == b.mcc && a.mnc_num == b.mnc_num && a.mnc == b.mnc &&
-           a.tac == b.tac && a.cgi == b.cgi && a.pci == b.pci &&
-           a.freq_band_ind == b.freq_band_ind && a.dl_earfcn == b.dl_earfcn && a.dl_bw == b.dl_bw &&
-           a.ul_earfcn == b.ul_earfcn && a.ul_bw == b.ul_bw && a.allow_access == b.allow_access;
+    return std::memcmp(&a.record, &b.record, sizeof a.record) == 0 && a.mnc_num == b.mnc_num;
 }
 
 void compare_record(const uint8_t* bytes, int32_t base_bit) {
@@ -192,9 +189,9 @@ void compare_parsed(const uint8_t* bytes, int32_t base_bit) {
     if (!expected)
         return;
     check(g_pk_data_cnt == 38, "record: length");
-    check(bits(g_pk_data_ptr, 0, 32) == expected->version, "record: version handed on");
-    check(bits(g_pk_data_ptr, 96, 64) == expected->cgi, "record: cgi handed on");
-    check(bits(g_pk_data_ptr, 272, 16) == expected->ul_bw, "record: ul_bw handed on");
+    check(bits(g_pk_data_ptr, 0, 32) == expected->record.version, "record: version handed on");
+    check(bits(g_pk_data_ptr, 96, 64) == expected->record.cgi, "record: cgi handed on");
+    check(bits(g_pk_data_ptr, 272, 16) == expected->record.ul_bw, "record: ul_bw handed on");
 }
 
 } // namespace

@@ -80,6 +80,21 @@ void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return plan(common, options); };
 }
 
+void read_watch(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    WatchOptions& options = kept<WatchOptions>();
+    app.add_option("--every", options.every_s, "seconds from one asking to the next (1)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0));
+    app.add_option("--count", options.count, "ends after so many (until Ctrl-C)")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+    app.add_option("--sub", options.sub, "subscription (0)")->type_name("SUB");
+    app.add_option("--out", options.out, "keep the levels in this file: FILE.svg, or else CSV")
+        ->type_name("FILE");
+    takes_words(app, options.words, "9, and one or more of its sub-commands");
+    chosen = [&] { return watch(common, options); };
+}
+
 /* The verbs and options that a person is shown. */
 std::vector<VerbText> verb_texts(const CLI::App& all) {
     const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
@@ -110,11 +125,54 @@ void read_pages(CLI::App& app, const Common&, std::function<int()>& chosen) {
     chosen = [&] { return pages(options, verb_texts(*app.get_parent())); };
 }
 
+void read_record(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    RecordOptions& options = kept<RecordOptions>();
+    app.add_option("TAPE", options.tape, "the file that the run is added to")->required();
+    app.add_flag("--redact", options.redact, "keep nothing private, as redact does");
+    takes_command(app, options.command);
+    chosen = [&] { return record(common, options); };
+}
+
+void read_replay(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    ReplayOptions& options = kept<ReplayOptions>();
+    app.add_option("TAPE", options.tape, "the recorded runs")->required();
+    app.add_option("--only", options.only, "this run alone, from 1");
+    app.add_flag("--as-recorded", options.as_recorded, "let the platform take its time again");
+    takes_command(app, options.command);
+    chosen = [&] { return replay(common, options); };
+}
+
+void read_show(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    ShowOptions& options = kept<ShowOptions>();
+    app.add_option("FILE", options.file, "a tape, or a simulated phone's log")->required();
+    chosen = [&] { return show(common, options); };
+}
+
+void read_twin(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    TwinOptions& options = kept<TwinOptions>();
+    app.add_option("TAPE", options.tape, "the recorded runs")->required();
+    app.add_option("DIRECTORY", options.directory, "the phone to make")->required();
+    chosen = [&] { return twin(common, options); };
+}
+
+void read_redact(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    RedactOptions& options = kept<RedactOptions>();
+    app.add_option("IN", options.in, "the recorded runs")->required();
+    app.add_option("OUT", options.out, "the tape to write")->required();
+    chosen = [&] { return redact(common, options); };
+}
+
 constexpr Verb verbs[] = {
     {"describe", "what kvt's commands do, take, tell and cost", read_describe},
     {"check", "run a command and tell whether it worked", read_check},
     {"plan", "run the steps of a file, and undo what they set", read_plan},
+    {"watch", "show levels as they move, and keep them as CSV or picture", read_watch},
     {"run", "run kvt as it is", read_run},
+    {"record", "run kvt and add what crossed to a tape", read_record},
+    {"replay", "run kvt on a tape's answers, without a phone", read_replay},
+    {"show", "what crossed in a tape or a phone's log", read_show},
+    {"twin", "make a simulated phone from a tape", read_twin},
+    {"redact", "take what is private out of a tape", read_redact},
     {"pages", "renew the pages that are made from the catalogue", read_pages},
 };
 

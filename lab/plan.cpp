@@ -1,30 +1,15 @@
 /* kvt-lab plan: the steps of a file, reported as TAP. */
 #include "plan.h"
 
-#include <csignal>
 #include <cstdio>
 #include <fstream>
 
+#include "stop.h"
 #include "verbs.h"
 
 namespace lab {
 
 namespace {
-
-std::atomic<int> g_signal{0};
-static_assert(std::atomic<int>::is_always_lock_free);
-
-void note_signal(int signal) { g_signal = signal; }
-
-/* A signal ends the plan, not us: there is something to undo. A reader of our output that goes away
- * does not keep us from that either. */
-void catch_signals() {
-    struct sigaction action {};
-    action.sa_handler = note_signal;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaction(signal, &action, nullptr);
-    ::signal(SIGPIPE, SIG_IGN);
-}
 
 int refuse(const std::string& message) {
     std::fprintf(stderr, "kvt-lab: %s\n", message.c_str());
@@ -38,7 +23,9 @@ int plan(const Common& common, const PlanOptions& options) {
     std::string error;
     if (!load_plan(options.file, plan, error))
         return refuse(one_line(error));
-    const Runner steps = make_runner(common, error, &g_signal);
+    /* A signal ends the plan, not us: there is something to undo. */
+    const std::atomic<int>& signal = note_signals();
+    const Runner steps = make_runner(common, error, &signal);
     const Runner undo = make_runner(common, error);
     if (steps == nullptr || undo == nullptr) {
         std::fprintf(stderr, "kvt-lab: %s\n", error.c_str());
@@ -48,12 +35,11 @@ int plan(const Common& common, const PlanOptions& options) {
     if (!options.junit.empty() && !write_junit(options.junit, plan, {}, error))
         return refuse(error);
 
-    catch_signals();
     TapReport tap;
     std::vector<StepResult> results;
     if (!options.json)
         tap.begin(plan);
-    bool good = run_plan(plan, {steps, undo, &g_signal}, [&](const StepResult& result) {
+    bool good = run_plan(plan, {steps, undo, &signal}, [&](const StepResult& result) {
         if (!options.json)
             tap.tell(result);
         results.push_back(result);
@@ -62,13 +48,13 @@ int plan(const Common& common, const PlanOptions& options) {
         good = std::puts(plan_json(plan, results, good).c_str()) >= 0 && std::fflush(stdout) == 0 &&
                good;
     else
-        good = tap.end(g_signal) && good;
+        good = tap.end(signal) && good;
     if (!options.junit.empty() && !write_junit(options.junit, plan, results, error)) {
         std::fprintf(stderr, "kvt-lab: %s\n", error.c_str());
         good = false;
     }
-    if (g_signal != 0)
-        return 128 + g_signal;
+    if (signal != 0)
+        return 128 + signal;
     return good ? 0 : 1;
 }
 

@@ -41,6 +41,15 @@ struct PlanOptions {
 };
 int plan(const Common& common, const PlanOptions& options);
 
+/* kvt-lab watch 9 SUB...: 1 when an answer was missing at any time. */
+struct WatchOptions {
+    std::vector<std::string> words; /* "9" and its sub-commands */
+    std::string sub = "0", out;
+    double every_s = 1;
+    long count = 0; /* 0: until a signal */
+};
+int watch(const Common& common, const WatchOptions& options);
+
 /* kvt-lab pages FOLDER: the pages of a source tree that are made from the catalogue. */
 struct PagesOptions {
     std::string folder;
@@ -48,5 +57,41 @@ struct PagesOptions {
 };
 struct VerbText;
 int pages(const PagesOptions& options, const std::vector<VerbText>& verbs);
+
+/* kvt-lab record TAPE -- ARGS...: as run, and what crossed is appended to the tape. */
+struct RecordOptions {
+    std::string tape;
+    bool redact = false;
+    std::vector<std::string> command;
+};
+int record(const Common& common, const RecordOptions& options);
+
+/* kvt-lab replay TAPE [-- ARGS...]: status 0 when nothing differs, 1 when something does. */
+struct ReplayOptions {
+    std::string tape;
+    size_t only = 0; /* number of the run; 0: all */
+    bool as_recorded = false;
+    std::vector<std::string> command;
+};
+int replay(const Common& common, const ReplayOptions& options);
+
+/* kvt-lab show FILE: what crossed, for a person. */
+struct ShowOptions {
+    std::string file; /* a tape, or a simulated phone's log */
+};
+int show(const Common& common, const ShowOptions& options);
+
+/* kvt-lab twin TAPE DIRECTORY: a simulated phone from what the tape tells. */
+struct TwinOptions {
+    std::string tape;
+    std::string directory;
+};
+int twin(const Common& common, const TwinOptions& options);
+
+/* kvt-lab redact IN OUT: the same tape without what is private. */
+struct RedactOptions {
+    std::string in, out;
+};
+int redact(const Common& common, const RedactOptions& options);
 
 } // namespace lab

@@ -1,23 +1,46 @@
 #!/bin/sh
-# backup.sh FOLDER SUB NAME...: saves NV items (numbers) and EFS files (paths) of a subscription, one file
-# each. Stops at the first that can't be saved whole.
+# backup.sh FOLDER SUB NAME...: saves NV items (numbers) and EFS files (paths) of a subscription (0 or 1), one
+# file each, and the subscription with them. Stops at the first that can't be saved whole.
+# Needs kvt-lab and jq. Status 0 when all are saved, 1 when not, 2 for a wrong command line.
+if [ $# -lt 3 ]; then
+    echo "usage: backup.sh FOLDER SUB NAME..." >&2
+    exit 2
+fi
 folder=$1 sub=$2
 shift 2
-mkdir -p "$folder/nv" "$folder/efs" || exit 1
+case $sub in
+0 | 1) ;;
+*)
+    echo "backup.sh: the subscription must be 0 or 1: $sub" >&2
+    exit 2
+    ;;
+esac
+if [ -e "$folder/subscription" ] && [ "$(cat "$folder/subscription")" != "$sub" ]; then
+    echo "backup.sh: $folder holds subscription $(cat "$folder/subscription")" >&2
+    exit 1
+fi
+mkdir -p "$folder" && echo "$sub" >"$folder/subscription" || exit 1
 for name in "$@"; do
     case $name in
-    /*) out=$(kvt 4 4 "$sub" "$name") file=$folder/efs/$(printf '%s' "$name" | tr / %) ;;
-    *) out=$(kvt 4 1 "$sub" "$name") file=$folder/nv/$name ;;
+    */../* | */..)
+        echo "$name: not saved: \"..\" in a path"
+        exit 1
+        ;;
+    /*) read=4 file=$folder/efs$name ;;
+    *) read=1 file=$folder/nv/$name ;;
     esac
-    length=$(printf '%s\n' "$out" | sed -n 's/^data len(\(.*\))$/\1/p')
-    whole=$(printf '%s\n' "$out" | sed -n 's/.*data_len_all = \([0-9]*\).*/\1/p' | head -1)
-    if [ -z "$length" ] || [ "$length" != "$whole" ]; then
-        echo "$name: not saved (${length:-0} of ${whole:-0} bytes)"
+    if ! told=$(kvt-lab check --json 4 "$read" "$sub" "$name"); then
+        echo "$name: not saved: $(printf '%s' "$told" | jq -r .why)"
         exit 1
     fi
-    # The bytes as decimal numbers, as the write commands take them.
-    printf '%s\n' "$out" | sed -n 's/^data: //p' | tr ' ' '\n' | sed -n 's/^..$/0x&/p' |
-        while read -r byte; do printf '%d ' "$byte"; done > "$file.new" &&
+    length=$(printf '%s' "$told" | jq .values.length.value)
+    whole=$(printf '%s' "$told" | jq .values.whole.value)
+    if [ "$length" != "$whole" ]; then
+        echo "$name: not saved: only $length of $whole bytes can be read"
+        exit 1
+    fi
+    mkdir -p "$(dirname "$file")" &&
+        printf '%s' "$told" | jq -r .values.data.value >"$file.new" &&
         mv "$file.new" "$file" || exit 1
     echo "$name: $length bytes"
 done

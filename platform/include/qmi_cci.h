@@ -107,7 +107,7 @@ qmi_client_error_type qmi_client_register_notify_cb(qmi_client_type client, qmi_
 
 qmi_client_error_type qmi_client_release(qmi_client_type client);
 
-/* Waits until the signal is set or the time is up; timed_out tells which. */
+/* Waits until the signal is set or the time is up; timed_out says which. */
 void qmi_cci_os_signal_wait(qmi_client_os_params* os_params, unsigned int timeout_ms);
 
 #ifdef __cplusplus

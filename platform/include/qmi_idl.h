@@ -1,8 +1,7 @@
-/* Service objects of the QMI IDL library, version 6, and the run-time question that kvt asks it.
+/* Service objects of the QMI IDL library, version 6, and the function for run time that kvt calls.
  *
  * A service object is data: for each kind of message a table from message id to the message's TLVs,
- * encoded as bytes. The encoding is described at the constants below; qmi_idl_layout.h reads it at
- * compile time. */
+ * encoded as bytes. The encoding is described at the constants below. */
 #pragma once
 
 #include <stdint.h>

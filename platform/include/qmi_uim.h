@@ -1,5 +1,5 @@
 /* Records of the UIM service (QMI service 11) in memory. Layouts that are not public are this
- * project's assumption. A ..._valid byte other than 0 says that the optional field behind it is
+ * project's assumption. A ..._valid byte other than 0 says that the optional field after it is
  * present; an array's ..._len counts its elements. */
 #pragma once
 
@@ -42,7 +42,7 @@ typedef struct {
     uint32_t card_mode;
 } uim_power_up_req_v01;
 
-/* Response of every message that tells nothing else. */
+/* Response of the messages that answer nothing else. */
 typedef struct {
     qmi_response_type_v01 resp;
 } uim_plain_resp_v01;

@@ -31,7 +31,7 @@ struct Tlv {
     Element element;
 };
 
-/* Each returns the address behind what it read. */
+/* Return the address after what they read. */
 constexpr const uint8_t* read_element(const uint8_t* p, Element& e) {
     e = {};
     const uint8_t flags = *p++;

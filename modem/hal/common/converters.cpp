@@ -46,7 +46,8 @@ int orvik_hex_string_to_int(const char* str) {
     uint32_t sum = 0;
     for (size_t i = 0; i < count; ++i) {
         const uint64_t digit = hex_digit(str[i]);
-        const size_t places = std::min<size_t>(count - 1 - i, 8); /* a digit there is too large */
+        /* Beyond 8 places every digit but 0 saturates. */
+        const size_t places = std::min<size_t>(count - 1 - i, 8);
         sum += static_cast<uint32_t>(std::min<uint64_t>(digit << (4 * places), INT32_MAX));
     }
     return static_cast<int32_t>(sum);

@@ -15,30 +15,8 @@ namespace {
 constexpr int print_flag_not_read = 2;
 constexpr const char* print_property = "persist.vendor.radio.adb_log_ov";
 
-/* Two threads that ask first at once may both read the property; they store the same. */
+/* When two threads ask first at once, both may read the property; both store the same value. */
 std::atomic<int> g_print_flag{print_flag_not_read};
-
-void log_line(int priority, const char* fmt, va_list args) {
-    const int error = errno;
-    const bool always = priority == LOG_ERR;
-    if (always || orvik_qcril_get_print_flag() == 1) {
-        va_list copy;
-        va_copy(copy, args);
-        vsyslog(priority, fmt, copy);
-        va_end(copy);
-    }
-    if (always || g_orvik_stdout_print_flag != 0) {
-        va_arg(args, const char*); /* the file, which this form does not show */
-        const int line = va_arg(args, int);
-        const char* const function = va_arg(args, const char*);
-        flockfile(stdout); /* one line, whoever else prints */
-        std::printf("RIL[%s:%d]: ", function, line);
-        std::vprintf(fmt + sizeof ORVIK_LOG_PREFIX - 1, args);
-        std::putchar('\n');
-        funlockfile(stdout);
-    }
-    errno = error;
-}
 
 } // namespace
 
@@ -79,24 +57,27 @@ void orvik_ril_syslog_err(const char* fmt, ...) {
     va_end(args);
 }
 
-void orvik_log_dbg(const char* fmt, ...) {
+int orvik_log(orvik_log_level level, int result, const char* fmt, ...) {
+    const int error = errno;
+    const bool always = level == ORVIK_LEVEL_ERR;
     va_list args;
-    va_start(args, fmt);
-    log_line(LOG_DEBUG, fmt, args);
-    va_end(args);
-}
-
-void orvik_log_err(const char* fmt, ...) {
-    va_list args;
-    va_start(args, fmt);
-    log_line(LOG_ERR, fmt, args);
-    va_end(args);
-}
-
-int orvik_log_failed(int result, const char* fmt, ...) {
-    va_list args;
-    va_start(args, fmt);
-    log_line(LOG_DEBUG, fmt, args);
-    va_end(args);
+    if (always || orvik_qcril_get_print_flag() == 1) {
+        va_start(args, fmt);
+        vsyslog(level, fmt, args);
+        va_end(args);
+    }
+    if (always || g_orvik_stdout_print_flag != 0) {
+        va_start(args, fmt);
+        va_arg(args, const char*); /* the file, which this form does not show */
+        const int line = va_arg(args, int);
+        const char* const function = va_arg(args, const char*);
+        flockfile(stdout); /* no other thread prints into the line */
+        std::printf("RIL[%s:%d]: ", function, line);
+        std::vprintf(fmt + sizeof ORVIK_LOG_PREFIX - 1, args);
+        std::putchar('\n');
+        funlockfile(stdout);
+        va_end(args);
+    }
+    errno = error;
     return result;
 }

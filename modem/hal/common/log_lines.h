@@ -27,11 +27,11 @@ unsigned char orvik_qcril_get_print_flag();
 void orvik_ril_syslog_dbg(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 void orvik_ril_syslog_err(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
-/* A debug or error line. fmt is the system log's form and begins with ORVIK_LOG_PREFIX; the first
- * arguments are the prefix's. */
-void orvik_log_dbg(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
-void orvik_log_err(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
-int orvik_log_failed(int result, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+/* What the macros below call. fmt begins with ORVIK_LOG_PREFIX, the arguments with the file, line
+ * and function for it. Returns result. */
+enum orvik_log_level { ORVIK_LEVEL_ERR = 3, ORVIK_LEVEL_DBG = 7 };
+int orvik_log(orvik_log_level level, int result, const char* fmt, ...)
+    __attribute__((format(printf, 3, 4)));
 
 /* What stands after the last slash of a source path. */
 consteval const char* orvik_base_name(std::string_view path) {
@@ -41,24 +41,24 @@ consteval const char* orvik_base_name(std::string_view path) {
 
 #define ORVIK_LOG_PREFIX "SUB[shell][%s:%d] %s: " /* file, line, function */
 
-/* A debug line under a given function's name: for a helper that logs on behalf of its caller. */
-#define ORVIK_DBG_IN(function, text, ...)                                                          \
-    orvik_log_dbg(ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,                      \
-                  function __VA_OPT__(, ) __VA_ARGS__)
+#define ORVIK_LOG(level, result, function, text, ...)                                              \
+    orvik_log(level, result, ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,           \
+              function __VA_OPT__(, ) __VA_ARGS__)
 
+/* A debug line; with _IN under a given function's name, for a helper that logs on behalf of its
+ * caller. */
 #define ORVIK_DBG(text, ...) ORVIK_DBG_IN(__func__, text __VA_OPT__(, ) __VA_ARGS__)
+#define ORVIK_DBG_IN(function, text, ...)                                                          \
+    ORVIK_LOG(ORVIK_LEVEL_DBG, 0, function, text __VA_OPT__(, ) __VA_ARGS__)
 
-/* A debug line that says why, and the result to return for it. */
-#define ORVIK_FAILED_IN(function, result, text, ...)                                               \
-    orvik_log_failed(result, ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,           \
-                     function __VA_OPT__(, ) __VA_ARGS__)
-
+/* Logs a debug line and yields result: "return ORVIK_FAILED(-1, ...)". */
 #define ORVIK_FAILED(result, text, ...)                                                            \
     ORVIK_FAILED_IN(__func__, result, text __VA_OPT__(, ) __VA_ARGS__)
+#define ORVIK_FAILED_IN(function, result, text, ...)                                               \
+    ORVIK_LOG(ORVIK_LEVEL_DBG, result, function, text __VA_OPT__(, ) __VA_ARGS__)
 
 #define ORVIK_ERR(text, ...)                                                                       \
-    orvik_log_err(ORVIK_LOG_PREFIX text, orvik_base_name(__FILE__), __LINE__,                      \
-                  __func__ __VA_OPT__(, ) __VA_ARGS__)
+    ORVIK_LOG(ORVIK_LEVEL_ERR, 0, __func__, text __VA_OPT__(, ) __VA_ARGS__)
 
 /* Logs the entry line now and the exit line at the end of the scope, after the destructors of what
  * is declared later. */
@@ -72,6 +72,7 @@ struct orvik_function_exit {
     const char* function;
 
     ~orvik_function_exit() {
-        orvik_log_dbg(ORVIK_LOG_PREFIX "function exit <-------------", file, line, function);
+        orvik_log(ORVIK_LEVEL_DBG, 0, ORVIK_LOG_PREFIX "function exit <-------------", file, line,
+                  function);
     }
 };

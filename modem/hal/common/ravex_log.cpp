@@ -48,8 +48,8 @@ void ravex_log_msg_to_adb(int level, const char* text) {
 }
 
 void ravex_log_line(int level, const char* function, const char* fmt, ...) {
-    /* Name and text are formatted one after the other into one line: no template is built, so a
-     * text that fills the line can't cut a conversion in two. */
+    /* Name and text are formatted one after the other. A template "NAME: TEXT" could be cut in the
+     * middle of a conversion. */
     char line[line_size];
     ravex_log_format_log_msg(line, sizeof line, "%s: ", function);
     const size_t used = std::strlen(line);

@@ -15,8 +15,8 @@ enum {
 /* Also gets every line when it is set; nothing in the tool opens it. */
 extern std::FILE* g_ravex_log_mirror;
 
-/* Formats into out, cut to size, and returns the length that the whole text has. Without a buffer
- * or a size of at least 1 it writes nothing and returns out as a number. */
+/* Formats into out, cut to size, and returns the length of the whole text. Without a buffer, or
+ * with a size below 1, it returns out as a number. */
 long ravex_log_format_log_msg(char* out, int size, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 

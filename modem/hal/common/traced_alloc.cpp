@@ -66,7 +66,6 @@ void trace_block(void* block, size_t size, const char* caller) {
     ++g_ravex_mem_list.count;
 }
 
-/* address is only compared: the block may have been freed. */
 void untrace_block(uintptr_t address) {
     const std::lock_guard guard(g_ravex_mem_mutex);
     for (ravex_mem_record* r = g_ravex_mem_list.head; r != nullptr; r = r->next) {
@@ -97,9 +96,9 @@ void* ravex_malloc_adv(size_t size, const char* caller, int) {
 void ravex_free_adv(void* ptr, const char*, int) {
     if (ptr == nullptr)
         return;
-    const volatile auto address = reinterpret_cast<uintptr_t>(ptr); /* a number from here on */
-    /* The block goes before its record. Another thread may by then have been given the same address
-     * and recorded it behind: the search from the head finds the older record, which is ours. */
+    const volatile auto address = reinterpret_cast<uintptr_t>(ptr); /* only compared from here on */
+    /* The block is freed before its record. If another thread gets the same address in between, its
+     * record is appended later in the list, and the search from the head finds ours first. */
     std::free(ptr);
     if (g_ravex_mem_trace)
         untrace_block(address);

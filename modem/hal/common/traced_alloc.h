@@ -1,6 +1,6 @@
-/* Two pairs of allocation functions that return zero-filled memory: one for the modem API, which
- * can keep a list of every live block for leak hunting, and one for QMI records, which tells a
- * failure through the logger. */
+/* Two pairs of allocation functions that return zeroed memory. The modem API's pair can keep a list
+ * of every live block, to hunt leaks; the pair for QMI records reports a failure through the
+ * logger. */
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,7 @@
 extern void* (*g_orvik_system_malloc)(size_t size);
 
 /* Blocks of the modem API. The first call reads the property "persist.ravex.mem_trace": exactly
- * "true" keeps the list. caller is kept, not copied: a string that outlives the block. Null when
- * there is no memory. */
+ * "true" keeps the list. caller must outlive the block. Null when there is no memory. */
 void* ravex_malloc_adv(size_t size, const char* caller, int line);
 
 /* Null is ignored. caller and line are not used. */
@@ -43,5 +42,5 @@ struct ravex_mem_list {
     uint64_t count;
 };
 
-/* Guarded by a mutex of its own: to be read while nothing is allocated or freed. */
+/* Read it only while nothing is allocated or freed: its mutex is not held for the reader. */
 const ravex_mem_list& ravex_mem_trace_list();

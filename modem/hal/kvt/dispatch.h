@@ -10,7 +10,7 @@ struct command_row {
     int (*function)(int argc, char** argv); /* 0, or the code that the dispatcher shows */
 };
 
-/* Checks the argument count, the group number and the sub-command, runs the command's function and
- * shows a code other than 0; each complaint is a note and the group's help. */
+/* Checks the arguments, runs the sub-command's function and shows a result other than 0; each
+ * complaint is a note and the group's help. */
 void dispatch_command(kvt_group group, std::span<const command_row> commands, int argc,
                       char** argv);

@@ -45,13 +45,12 @@ void run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    /* Neither a reader that goes away nor a file that may not grow ends the command, nor the
-     * promise of status 0. */
+    /* The exit status is 0 even if the reader of the output has gone or a file may not grow. */
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     run(argc, argv);
-    /* The lock is kept: a thread that still runs writes nothing more, since the flush at the
-     * process's end doesn't wait for it to finish its line. */
+    /* Locked for good: the flush at exit takes no lock, and would cut or repeat the line of a
+     * thread that still prints. */
     ::flockfile(stdout);
     std::fflush(stdout);
     return 0;

@@ -100,8 +100,8 @@ int orvik_cmn_cmd_send(int type, unsigned int len, const char* data) {
         orvik_print("rsp.result fail\n");
         return 0;
     }
-    /* Type and length are shown too. The length is shown as the modem states it; bytes there are as
-     * far as the buffer reaches. */
+    /* The bytes shown begin with the type. The length is printed as the modem states it; the bytes
+     * end with the buffer. */
     const auto stated = static_cast<uint32_t>(get_le(reply.data + 4, 4) + 8);
     if (orvik_stdout_print_on()) {
         std::printf("\ndata len(%d)\ndata:", static_cast<int>(stated));
@@ -118,7 +118,7 @@ constexpr int diag_first_byte = 6;
 constexpr size_t diag_command_size = 4096;
 constexpr uint32_t diag_response_size = 10240;
 
-/* Much longer than a worker needs; only a library that hangs comes near it. */
+/* Far longer than a worker needs; only a library that hangs comes near it. */
 constexpr uint32_t diag_worker_time_ms = 10000;
 
 int orvik_cmn_diag_cmd_send(int argc, char** argv) {
@@ -132,7 +132,8 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
     const auto time_out = static_cast<uint32_t>(std::atoi(argv[5]));
 
     orvik_print("diag cmd:\n");
-    /* The engine gets the count that was typed, and refuses more than it takes. */
+    /* Published: the count typed is passed on even if it is too large; the engine then refuses it.
+     */
     const auto typed = static_cast<uint32_t>(argc - diag_first_byte);
     std::array<uint8_t, diag_command_size> command{};
     const size_t count = std::min<size_t>(typed, command.size());
@@ -166,7 +167,7 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
     }
     if (with_result) {
         if (orvik_stdout_print_on()) {
-            /* One line, whatever the thread that counted the wait still writes. */
+            /* The wait's thread may still print its last line; not into this one. */
             flockfile(stdout);
             std::printf("\nrsp data len(%d)\nrsp data:", response_len);
             for (uint32_t i = 0; i < response_len; ++i)
@@ -176,7 +177,7 @@ int orvik_cmn_diag_cmd_send(int argc, char** argv) {
         }
     } else {
         orvik_print("\ndone without rsp data\n");
-        /* The process must not end under the worker. */
+        /* The process must not end before the worker has. */
         orvik_diag_wait_for_workers(diag_worker_time_ms);
     }
     return 0;
@@ -247,7 +248,7 @@ int orvik_cmn_card_type_query(int argc, char** argv) {
 }
 
 int orvik_cmn_test_get_sar_dsi(int, char**) {
-    /* With the flag off nobody would see the value: the modem is not asked. */
+    /* With the flag off the value would not be seen, so the modem is not asked. */
     if (orvik_stdout_print_on())
         std::printf("SAR DSI: %d\n", orvik_get_sar_dsi());
     return 0;
@@ -279,7 +280,7 @@ constexpr size_t eid_digits = 2 * eid_size;
 constexpr std::string_view eid_path = "/nv/item_files/modem/uim/uimdrv/esim_eid";
 constexpr uint32_t eid_sub = 1;
 
-uint8_t IS_EID_SAVE; /* 1: the EID file is known to hold an EID; for the main thread */
+uint8_t IS_EID_SAVE; /* 1: the EID file holds an EID. Used by the main thread only. */
 
 /* The steps of the command log under its name. */
 #define ESIM_DBG(text, ...) ORVIK_DBG_IN("orvik_cmn_esim_test", text __VA_OPT__(, ) __VA_ARGS__)
@@ -315,7 +316,8 @@ struct eid_text_type {
     char digits[eid_digits + 1];
 };
 
-/* One try, after a short wait. True when the eUICC tells an EID: one that begins with 0 is none. */
+/* One try, after a short wait. True when the eUICC returns an EID; one that begins with 0 is none.
+ */
 bool try_get_eid(int loop, uint8_t (&eid)[eid_size], eid_text_type& text) {
     ::usleep(eid_wait_us);
     ESIM_DBG("try get eid loop = %d", loop);
@@ -421,7 +423,7 @@ void reset_euicc() {
     } else if (std::strcmp(text, reset_nothing) == 0) {
         ESIM_DBG("orvik_uim_send_apdu, nothing to delete.");
     } else {
-        /* The channel stays open, on purpose. */
+        /* Published: the channel stays open. */
         ESIM_DBG("orvik_uim_send_apdu, apdu rsp check failed.");
         esim_failed();
         return;
@@ -475,7 +477,7 @@ void save_eid_to_efs(const uint8_t* eid16) {
     uint32_t length = sizeof kept;
     int32_t result = orvik_efs_read(eid_sub, eid_path.data(), eid_path.size(), kept, &length);
     if (result == 0) {
-        /* What it holds is not compared. */
+        /* Published: whatever it holds counts as an EID. */
         ORVIK_DBG("EID already exists, set IS_EID_SAVE TRUE\n");
         IS_EID_SAVE = 1;
         return;

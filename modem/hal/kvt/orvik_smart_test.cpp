@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "bytes.h"
+#include "common_records.h"
 #include "cutils_properties.h"
 #include "handlers.h"
 #include "help.h"
@@ -85,7 +86,7 @@ int orvik_smart_test_ssr_wait_s() {
     ORVIK_DBG("ssr wait_s = %d\n", wait_s);
     if (wait_s == 0)
         return ORVIK_FAILED(0, "modem ssr will not wait\n");
-    if (wait_s < 0) /* as an unsigned count it would be decades; the caller stops on it */
+    if (wait_s < 0) /* sleep would take it for decades; the caller stops */
         return wait_s;
     ORVIK_DBG("modem ssr start to wait %ds to init\n", wait_s);
     sleep(static_cast<unsigned>(wait_s));
@@ -98,7 +99,7 @@ int orvik_smart_test_full_dump() {
     char saved[property_size] = {};
     property_get(restart_level_property, current, "ALL_ENABLE");
     property_get(restart_level_backup_property, saved, "");
-    if (saved[0] == '\0') { /* taken once: later runs find it and leave it */
+    if (saved[0] == '\0') { /* saved once; later runs keep it */
         ORVIK_DBG("need to save ssr state\n");
         property_set(restart_level_backup_property, current);
     }
@@ -122,8 +123,8 @@ int orvik_smart_test_ap_ravex_switch(int opt) {
     return 0;
 }
 
-/* A print switch of the modem: a file that holds a value when it is on and is missing when off. The
- * modem reads it when it comes up, so it is synced and restarted. */
+/* A print switch of the modem is a file that exists while the switch is on. The modem reads it at
+ * start-up, so it is synced and restarted. */
 struct print_switch {
     const char* name;
     std::string_view path;

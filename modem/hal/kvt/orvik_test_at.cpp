@@ -17,15 +17,16 @@ namespace {
 constexpr size_t at_cmd_max = 100;
 constexpr const char* at_channel = "/dev/smd8";
 
-/* 1 or more while the channel is open for reading. Nothing in the tool opens it: the descriptor and
- * the checks of it are the hook for a build that does, before the reader thread starts. */
+/* 1 or more while the channel is open for reading. Nothing in the tool opens it; it is the hook for
+ * a build that does, before the reader thread starts. */
 std::atomic<int> g_at_serial_fd{0};
 std::array<char, 512> g_at_receive_buffer;
 
-/* Set by the reader when it has finished: the only hand-over, since the thread is never joined. */
+/* Set by the reader thread when it has finished. The thread is detached, so this is how the command
+ * knows. */
 std::atomic<int> g_at_receive_done{0};
 
-/* The shell's line, built by appends that refuse to run past its end. */
+/* A shell line; a part that does not fit is left out. */
 struct shell_line {
     std::array<char, 501> text{};
 

@@ -1,21 +1,39 @@
 /* Group 10: the modem's configuration packages (MBN). Their service can't be initialised in this
- * tool, so that the command checks its arguments and says that nothing is done. */
+ * tool: the command checks its arguments and says that nothing is done. */
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
 #include "handlers.h"
 #include "help.h"
 #include "log_lines.h"
-#include "optional_mutex.h"
+#include "qti_shared_mutex.h"
 #include "usage.h"
+
+/* The mutex's constructor and destructor under names whose address can be compared with null. */
+[[gnu::weak]] void construct_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexC1Ev");
+[[gnu::weak]] void destroy_shared_mutex(void*) __asm__("_ZN8qtimutex14QtiSharedMutexD1Ev");
 
 namespace {
 
 constexpr int g_pdc_init_status = -1; /* not initialised */
 
-/* What threads are to share of PDC and MBN; nothing locks it yet. */
+/* What threads are to share of PDC and MBN; nothing locks it yet. The mutex is made if the phone's
+ * library has the class as we know it. */
 struct orvik_pdc_mbn_info_type {
-    OptionalSharedMutex mutex;
+    orvik_pdc_mbn_info_type() {
+        if (made)
+            new (&mutex) qtimutex::QtiSharedMutex;
+    }
+    ~orvik_pdc_mbn_info_type() {
+        if (made)
+            mutex.~QtiSharedMutex();
+    }
+
+    const bool made = construct_shared_mutex != nullptr && destroy_shared_mutex != nullptr;
+    union {
+        qtimutex::QtiSharedMutex mutex;
+    };
 };
 orvik_pdc_mbn_info_type ovrik_pdc_mbn_info;
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <cstdint>
 #include <mutex>
 
 #include "modem_api.h"
@@ -12,7 +12,7 @@ struct modem_api_client {
     uint32_t kind;
     int32_t pid; /* of the creator */
     int32_t operational_status;
-    uint32_t serial; /* no two records are the same, even if they get the same address */
+    uint32_t serial; /* differs for every record, unlike the address */
     client_indication_handler indication_handler;
     modem_api_status_notifier status_notifier;
     modem_api_client* next_kept;
@@ -20,13 +20,13 @@ struct modem_api_client {
 static_assert(sizeof(void*) != 8 || sizeof(modem_api_client) == 40);
 
 struct modem_api_client_table {
-    /* Guards the slots and what they point to. Never held during a call of a service client or a
-     * handler, so a status may arrive at any time, also while a client is being freed. */
+    /* Guards the slots and the records. Never held while a service client or a handler is called,
+     * so a status may arrive at any time, even while a client is freed. */
     std::mutex slots_mutex;
     std::array<modem_api_client*, 10> slots; /* the index is the client id */
 
-    /* Records that modem_api_init_client leaves unfreed when a client of their kind is connected
-     * already. */
+    /* Published: records that modem_api_init_client leaves unfreed when a client of their kind is
+     * connected already. */
     modem_api_client* kept;
 };
 

@@ -1,7 +1,11 @@
 /* The modem API's life and its clients. */
 #include "modem_api.h"
 
+#include <array>
 #include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <tuple>
 #include <utility>
 
 #include <unistd.h>
@@ -41,8 +45,8 @@ constexpr client_kind_row kinds[CLIENT_KINDS] = {
 
 void free_record(modem_api_client* record) { ravex_free_adv(record, "modem_api", __LINE__); }
 
-/* Puts a record into the first empty slot. Returns its id, or a negative number: -1 when the table
- * is full, -2 when there is a client of that kind, whose status *other gets. */
+/* Puts a record into the first empty slot and returns its id; TABLE_FULL; or KIND_TAKEN when there
+ * is a client of that kind, and *other gets its status. */
 enum { TABLE_FULL = -1, KIND_TAKEN = -2 };
 
 int32_t add_record(modem_api_client* record, int32_t* other) {
@@ -160,7 +164,7 @@ int modem_api_free_client(int32_t client_id) {
             found = *table.slots[id];
         return table.slots[id] != nullptr;
     };
-    /* The handler would wait for its own end, with the table's mutex held. */
+    /* It would wait for its own end. */
     if (!in_table || (find() && service_client_handler_runs_here(found.kind))) {
         RAVEX_LOG("Unexpected condition, return error %d!", MODEM_API_UNEXPECTED);
         return MODEM_API_UNEXPECTED;

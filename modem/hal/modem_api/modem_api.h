@@ -12,7 +12,6 @@
  * refused. */
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "qmi_common.h"
@@ -40,8 +39,7 @@ enum : uint32_t { MODEM_API_EVENT_SUSPEND = 0x10001, MODEM_API_EVENT_CONNECTED =
 
 using modem_api_status_notifier = void (*)(uint32_t event, uint32_t kind);
 
-/* The modem's statistics items. Numbers follow no order that a carrier's index could be had from.
- */
+/* The modem's statistics items. The numbers follow no rule. */
 enum modem_stats_data_id_e_type : uint32_t {
     MODEM_STATS_5G_SCC1_RSRP = 6,
     MODEM_STATS_5G_SCC2_RSRP = 7,
@@ -78,14 +76,13 @@ struct modem_api_stats {
 static_assert(sizeof(modem_api_stats_entry) == 712);
 static_assert(sizeof(modem_api_stats) == 7124);
 
-/* Both return 0. Initialising brings the four service clients back to their beginning; releasing
- * frees no client. */
+/* Both return 0. Init resets the four service clients; release frees no client. */
 int modem_api_init();
 int modem_api_release();
 
-/* Connects a client of a kind and gives its id. 0 without an id when one of that kind is connected
- * already. The handlers are called on the framework's threads and the service clients' workers;
- * either may be null. */
+/* Connects a client of a kind and stores its id. Published: returns 0 without an id when one of
+ * that kind is connected already. The handlers, which may be null, are called on the framework's
+ * threads and the service clients' workers. */
 int modem_api_init_client(uint32_t kind, client_indication_handler indication_handler,
                           modem_api_status_notifier status_notifier, int32_t* client_id);
 
@@ -108,19 +105,19 @@ int modem_api_set_ravex_feature_status(int32_t client_id, uint32_t feature, uint
 int modem_api_get_stats_parameter(int32_t client_id, uint16_t sub, uint16_t number,
                                   int32_t id_count, const uint32_t* ids, uint32_t* out);
 
-/* What a result of the framework and the service's answer mean as a result of this API. */
+/* The result here for a result of the framework and, if that is good, for the service's answer. */
 int modem_api_map_qmi_error_to_modem_api(int32_t qmi_err, const qmi_response_type_v01* resp);
 
-/* Whom an asynchronous response is for. data is a block of the traced allocator that the callback
- * owns, or null. */
+/* Who gets an asynchronous response. The callback owns data, a block of the traced allocator, or
+ * null. */
 struct modem_api_completion {
     void (*callback)(void* data, uint32_t len, void* user_data, uint32_t error);
     void* user_data;
 };
 
-/* An asynchronous response: tells the completion's callback, then frees resp and done, both blocks
- * of the traced allocator. resp begins with the standard response; that of message 0 goes on with
- * a u32 length and so many bytes. A success ends with a call of error 2, after one with the data
- * for message 0. */
+/* Hands an asynchronous response to the completion's callback, then frees resp and done, both
+ * blocks of the traced allocator. resp begins with the standard response; for message 0 a u32
+ * length and that many bytes follow. After a success the callback is called with error
+ * MODEM_API_RESPONSE_END, for message 0 after a call with the data. */
 void modem_api_process_response(uint32_t msg_id, void* resp, uint32_t resp_len,
                                 modem_api_completion* done, int32_t transport_error);

@@ -1,6 +1,8 @@
 /* The modem API's operations and its asynchronous responses. */
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <mutex>
 
 #include "client_table.h"
 #include "nas_client.h"
@@ -163,7 +165,7 @@ static void tell_response(uint32_t msg_id, const void* resp, uint32_t resp_len,
                           const modem_api_completion& done, int32_t transport_error) {
     if (resp == nullptr || resp_len == 0)
         return done.callback(nullptr, 0, done.user_data, MODEM_API_NO_RESPONSE);
-    /* A response that is too short for a result can't tell a success. */
+    /* Too short for a result: not a success. */
     qmi_response_type_v01 result{};
     const bool whole = resp_len >= sizeof result;
     if (whole)

@@ -93,17 +93,15 @@ DECLARE_SERVICE_CLIENT(sar)
 DECLARE_SERVICE_CLIENT(nas_0)
 DECLARE_SERVICE_CLIENT(nas_1)
 
-/* True on a thread that is in a handler, of statuses or indications, of the client of that kind. */
+/* True on a thread that runs a handler, of statuses or indications, of a client of that kind. */
 bool service_client_handler_runs_here(uint32_t kind);
 
 /* One exchange, 30000 ms at most. Returns the framework's result; -18 while there is no connection.
  * req and resp are the message's C structures. */
-int vs_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                            uint32_t resp_len);
-int nas_0_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                               uint32_t resp_len);
-int nas_1_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                               uint32_t resp_len);
+using client_send_msg_sync = int(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
+                                 uint32_t resp_len);
+client_send_msg_sync vs_client_send_msg_sync, nas_0_client_send_msg_sync,
+    nas_1_client_send_msg_sync;
 
 /* Asks for the serving-system indication; part of connecting. Returns the framework's result. */
 int nas_0_client_set_networking_indications();

@@ -37,7 +37,7 @@ void report(service_client& c, int32_t status) {
 }
 
 /* Takes the handle out of the context and releases it once nobody uses it. The client handle and
- * the notifier never stand at once: what is due goes with either. */
+ * the notifier never exist at the same time, so what is due belongs to the one that goes. */
 void drop_handle(service_client& c, qmi_client_type service_client_context::*which) {
     lock_type lock(c.mutex);
     const qmi_client_type handle = std::exchange(c.context.*which, nullptr);
@@ -142,8 +142,8 @@ void finish_what_is_due(service_client& c) {
         resume(c);
 }
 
-/* How a client acts on an event. Without a worker the handle stays as it is: a notifier may tell
- * of the service once more. */
+/* What an event leads to. If the worker can't be started, the handle stays: a notifier may report
+ * the service once more. */
 struct event_row {
     service_client::due_type event;
     service_client::due_type due;
@@ -187,8 +187,8 @@ void act_on_event(service_client& c, const event_row& row) {
 
 /* ==== turns ==== */
 
-/* Called when an event was noted and when a turn ends. In somebody's turn there is nothing to do:
- * its end comes here again. So no event is lost, and no callback waits. */
+/* Called after an event was noted and at the end of each turn. During somebody's turn it does
+ * nothing, since the end of that turn calls it again: no event is lost and no callback waits. */
 void act_on_events(service_client& c, lock_type& lock) {
     while (!c.in_turn) {
         const event_row* const row =
@@ -206,8 +206,8 @@ void act_on_events(service_client& c, lock_type& lock) {
     }
 }
 
-/* A turn begins with what was told to begin: where its worker was not in time, the worker then
- * finds nothing due. */
+/* A turn first finishes what is due. The worker for it, if it comes later, then finds nothing due.
+ */
 class turn {
   public:
     explicit turn(service_client& c) : c_(c) {
@@ -231,8 +231,8 @@ class turn {
     service_client& c_;
 };
 
-/* Releases the handles and clears the context; a connection under way makes no further attempt.
- * anew: without telling so, and with a service object again. */
+/* Releases the handles and clears the context. A connection under way makes no further attempt.
+ * anew: reports nothing, and fetches the service object again. */
 qmi_idl_service_object_type end_client(service_client& c, bool anew) {
     {
         const lock_type lock(c.mutex);
@@ -291,7 +291,7 @@ void service_client_work(service_client& c) { const turn mine(c); }
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error) {
     CLIENT_LOG(c, "client_service_down_event", "service down with error %d", error);
     lock_type lock(c.mutex);
-    /* Not of a client that is no more. */
+    /* from a client that was released already */
     if (handle == nullptr || handle != c.context.client_handle || c.due != service_client::nothing)
         return;
     c.due = service_client::down;

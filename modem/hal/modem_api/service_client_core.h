@@ -2,8 +2,10 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 
+#include "qmi_cci.h"
 #include "ravex_log.h"
 #include "service_client.h"
 
@@ -32,7 +34,7 @@ struct service_client_context {
     qmi_idl_service_object_type service_object;
     qmi_client_type client_handle; /* null when not connected */
     qmi_client_os_params os_params;
-    qmi_client_type notifier_handle; /* stands only between suspend and resume */
+    qmi_client_type notifier_handle; /* only between suspend and resume */
     client_command_cb command_callback;
     client_indication_handler indication_handler;
     client_operational_status_cb operational_status_callback;
@@ -41,14 +43,14 @@ struct service_client_context {
 
 /* Never destroyed: framework threads and workers may run while the process ends. */
 struct service_client {
-    /* What the framework told of the handle that stands, and how far it has come. A handle that is
-     * dropped takes it along. */
+    /* What happened to the current handle, and how far we are with it. Dropping the handle resets
+     * it. */
     enum due_type {
         nothing,
         down,    /* service down, not acted on yet */
-        suspend, /* 4 was told, the worker is on its way */
+        suspend, /* status 4 is reported, the worker is on its way */
         up,      /* service up, not acted on yet */
-        resume,  /* 6 was told, the worker is on its way */
+        resume,  /* status 6 is reported, the worker is on its way */
     };
 
     explicit service_client(const service_client_traits& its) : traits(its) {}
@@ -62,16 +64,16 @@ struct service_client {
     service_client_context context{};
     due_type due = nothing;
 
-    /* A connection, a suspension, a resumption, a release: one at a time, and statuses are told in
-     * it. Handles and service object change only in a turn. Callbacks of the framework never wait
-     * for one. */
+    /* True during a connection, suspension, resumption or release: one at a time. Only in a turn
+     * are statuses reported and handles and service object changed. Callbacks of the framework
+     * never wait for a turn. */
     bool in_turn = false;
 
     int users = 0;  /* sends and indications under way */
-    int ending = 0; /* who waits to end the client: no more attempts to connect */
+    int ending = 0; /* callers that wait to end the client: no more attempts to connect */
 
-    /* While a handle is made, the framework may use it before we know it. Any but the last one,
-     * whose callbacks may come late, is ours then. */
+    /* While qmi_client_init_instance runs, the framework may already call us with the new handle.
+     * So any handle is ours then, except the last one, whose callbacks may come late. */
     bool making_handle = false;
     qmi_client_type last_client_handle = nullptr;
 };
@@ -90,10 +92,10 @@ void service_client_unsol_ind(service_client& c, const char* function, qmi_clien
                               uint32_t msg_id, void* buf, uint32_t len);
 void service_client_service_down(service_client& c, qmi_client_type handle, int32_t error);
 void service_client_service_up(service_client& c, int32_t event);
-/* The body of both workers: brings to its end what is due. */
+/* The body of both workers: finishes what is due. */
 void service_client_work(service_client& c);
 
-/* Calls a handler of the client's user; service_client_handler_runs_here tells of it. */
+/* Calls a handler of the client's user. service_client_handler_runs_here is true meanwhile. */
 inline thread_local uint32_t g_client_handlers_here; /* a bit for each kind */
 
 template <typename Call> void run_client_handler(const service_client& c, Call call) {

@@ -1,5 +1,4 @@
-/* Requests and indications: what uses a client's handle while it stands. */
-#include "log_lines.h"
+/* Requests and indications: the users of a client's handle. */
 #include "service_client_core.h"
 #include "traced_alloc.h"
 

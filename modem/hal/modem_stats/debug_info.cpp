@@ -17,8 +17,8 @@ constexpr uint32_t request_not_supported_logs = 27;
 
 /* ==== layouts ==== */
 
-/* One field, little-endian and not aligned. Blocks have only grown: a field is there from a layout
- * version on, behind those of the versions before. */
+/* One field, little-endian and not aligned. Later layout versions only append fields: since is the
+ * first version that has it. */
 struct info_row {
     int since;
     int size;
@@ -94,7 +94,7 @@ constexpr info_row uim_rows[] = {
     {0, 4, "listener_event_parse_num"},
 };
 
-/* The head of the same data, as the check reads it. */
+/* The begin of the same data, as the status check reads it. */
 constexpr info_row status_rows[] = {
     {0, 1, "version"},
     {0, 1, "modem_stats_feature_enable_status"},
@@ -130,8 +130,8 @@ void print_value(int size, const char* name, uint64_t value) {
     std::printf("UNPK[size:%d], %s = %lu\n", size, name, value);
 }
 
-/* Prints the rows of a version and returns their length; values, unless null, gets what they hold.
- * A version below the lowest, 0, has the rows of the lowest. */
+/* Prints the rows of a version, at least 0, and returns their length. values, unless null, gets
+ * their values. */
 int print_rows(const uint8_t* data, int version, std::span<const info_row> rows,
                uint64_t* values = nullptr) {
     int length = 0;
@@ -198,7 +198,8 @@ static void print_not_supported_logs() {
     std::puts(separator);
     std::printf("Diag logs to be upgraded[num:%d]:\n", log_num);
     for (int i = 0; i < log_num; ++i) {
-        /* The offset has 8 bits: from code 127 on it goes back to the count and the first codes. */
+        /* Published: the offset has 8 bits, so code 127 is read from the count, and the next from
+         * the first codes. */
         const auto offset = static_cast<uint8_t>(2 * i + 2);
         std::printf("log_id[%d]: 0x%04X\n", i, static_cast<unsigned>(get_le(data + offset, 2)));
     }

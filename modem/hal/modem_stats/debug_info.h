@@ -10,9 +10,8 @@ void orvik_test_modem_stats_get_debug_info_do(int mask);
  * modem can't parse. */
 void orvik_modem_stats_support_status_check(unsigned char* data);
 
-/* Each prints one block, whose fields depend on the layout version, and returns its length in
- * bytes, which data must hold; for null it prints a line and returns 0. The cm and uim blocks have
- * one layout. */
+/* Print one block, whose fields depend on the layout version, and return its length in bytes; data
+ * must hold that many. Null: a line and 0. The cm and uim blocks have one layout. */
 int orvik_modem_stats_main_info_unpk(unsigned char* data, int version);
 int orvik_modem_stats_diag_info_unpk(unsigned char* data, int version);
 int orvik_modem_stats_cm_info_unpk(unsigned char* data, int version);

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "bytes.h"
@@ -34,8 +35,7 @@ uint32_t g_ravex_req_number;
 
 namespace {
 
-/* Fields stand one behind the other, little-endian; widths in bytes. Numbers of 4 bytes are
- * signed. */
+/* Fields follow one another, little-endian; widths in bytes. Numbers of 4 bytes are signed. */
 enum class field_kind : uint8_t { u8, u16, i32, f32 };
 
 constexpr int width_of(field_kind kind) {
@@ -219,53 +219,29 @@ int orvik_test_qmi_modem_stats_ant_info() { return show_item(0, MODEM_STATS_ANT_
 
 /* ==== options ==== */
 
-/* Of the options from 0 and from 10. */
-constexpr modem_stats_data_id_e_type carriers_4g[] = {
-    MODEM_STATS_4G_PCC_RSSI,  MODEM_STATS_4G_SCC1_RSSI, MODEM_STATS_4G_SCC2_RSSI,
-    MODEM_STATS_4G_SCC3_RSSI, MODEM_STATS_4G_SCC4_RSSI, MODEM_STATS_4G_SCC5_RSSI,
-    MODEM_STATS_4G_SCC6_RSSI,
-};
-constexpr modem_stats_data_id_e_type carriers_5g_rsrp[] = {
-    MODEM_STATS_5G_PCC_RSRP, MODEM_STATS_5G_SCC1_RSRP, MODEM_STATS_5G_SCC2_RSRP};
-
 void orvik_test_qmi_modem_stats_hdl(int opt, unsigned sub) {
+    // clang-format off
     switch (opt) {
-    case 0:
-    case 1:
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-    case 6:
-        orvik_test_qmi_modem_stats_4g_rssi(sub, carriers_4g[opt]);
-        break;
-    case 7:
-        orvik_test_qmi_modem_stats_5g_rssi(sub);
-        break;
-    case 8:
-        orvik_test_qmi_modem_stats_5g_snr(sub);
-        break;
-    case 9:
-        orvik_test_qmi_modem_stats_5g_ant_diversity(sub);
-        break;
-    case 10:
-    case 11:
-    case 12:
-        orvik_test_qmi_modem_stats_5g_rsrp(sub, carriers_5g_rsrp[opt - 10]);
-        break;
-    case 20:
-        orvik_test_qmi_modem_stats_wcdma_rssi(sub);
-        break;
-    case 21:
-        orvik_test_qmi_modem_stats_gsm_rssi(sub);
-        break;
-    case 30:
-        orvik_test_qmi_modem_stats_ant_info();
-        break;
+    case 0:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_PCC_RSSI); break;
+    case 1:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC1_RSSI); break;
+    case 2:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC2_RSSI); break;
+    case 3:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC3_RSSI); break;
+    case 4:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC4_RSSI); break;
+    case 5:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC5_RSSI); break;
+    case 6:  orvik_test_qmi_modem_stats_4g_rssi(sub, MODEM_STATS_4G_SCC6_RSSI); break;
+    case 7:  orvik_test_qmi_modem_stats_5g_rssi(sub); break;
+    case 8:  orvik_test_qmi_modem_stats_5g_snr(sub); break;
+    case 9:  orvik_test_qmi_modem_stats_5g_ant_diversity(sub); break;
+    case 10: orvik_test_qmi_modem_stats_5g_rsrp(sub, MODEM_STATS_5G_PCC_RSRP); break;
+    case 11: orvik_test_qmi_modem_stats_5g_rsrp(sub, MODEM_STATS_5G_SCC1_RSRP); break;
+    case 12: orvik_test_qmi_modem_stats_5g_rsrp(sub, MODEM_STATS_5G_SCC2_RSRP); break;
+    case 20: orvik_test_qmi_modem_stats_wcdma_rssi(sub); break;
+    case 21: orvik_test_qmi_modem_stats_gsm_rssi(sub); break;
+    case 30: orvik_test_qmi_modem_stats_ant_info(); break;
     default:
-        std::printf("orvik_test_qmi_modem_stats_hdl: Unknown opt(%d), sub(%d)\n", opt,
-                    static_cast<int>(sub));
+        std::printf("orvik_test_qmi_modem_stats_hdl: Unknown opt(%d), sub(%d)\n", opt, sub);
     }
+    // clang-format on
 }
 
 /* ==== one request ==== */

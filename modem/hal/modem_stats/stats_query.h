@@ -20,11 +20,11 @@ void orvik_test_qmi_modem_stats_hdl(int opt, unsigned sub);
 void orvik_qmi_modem_stats_api_deinit();
 
 /* Fetches one item of a subscription (0 or 1) into the group's state. 0, or 1 after a line that
- * tells why not. */
+ * says why. */
 int orvik_test_qmi_modem_stats_get(unsigned sub, unsigned data_id);
 
-/* Each fetches its item, reads the record and prints it as one line. 0, or 1 for a fetch that
- * failed or a record that ends too early. */
+/* Fetch an item, read the record and print it as one line. 0, or 1 if the fetch failed or the
+ * record ends too early. */
 int orvik_test_qmi_modem_stats_4g_rssi(unsigned sub, modem_stats_data_id_e_type id);
 int orvik_test_qmi_modem_stats_5g_rssi(unsigned sub);
 int orvik_test_qmi_modem_stats_5g_snr(unsigned sub);

@@ -1,17 +1,20 @@
+/* The DIAG engine. Log lines show this source's name, so both modes stay here, however long it
+ * grows. */
 #include "orvik_diag_send.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <thread>
-#include <utility>
 
 #include <pthread.h>
 #include <semaphore.h>
@@ -37,64 +40,38 @@ constexpr uint32_t time_out_default_ms = 3000;
 
 constexpr int local_processor = 0;
 
-/* One wait for a response. */
+/* One wait for a response. It is never freed: a late post must meet a semaphore that exists, and
+ * kvt waits once a run. */
 struct diag_wait {
     diag_wait() { sem_init(&done, 0, 0); }
-    ~diag_wait() { sem_destroy(&done); }
-    diag_wait(const diag_wait&) = delete;
-    diag_wait& operator=(const diag_wait&) = delete;
 
     sem_t done;
     std::atomic<bool> waiting{false};
     std::atomic<int32_t> timed_out{0};
     std::atomic<int32_t> limit{default_ticks};
-    std::atomic<int> holders{0};
+    diag_wait* earlier = nullptr;
 };
 
-/* The sender, the callback that saw the wait begin and the wait's own thread hold it, and the last
- * of them frees it: a post that comes when the wait is over falls on a semaphore that is still
- * there and that nobody waits on any more. */
-class wait_holder {
-  public:
-    explicit wait_holder(diag_wait* wait) : wait_(wait) { ++wait_->holders; }
-    wait_holder(const wait_holder& other) : wait_holder(other.wait_) {}
-    wait_holder& operator=(wait_holder other) {
-        std::swap(wait_, other.wait_);
-        return *this;
-    }
-    ~wait_holder() {
-        if (--wait_->holders == 0)
-            delete wait_;
-    }
-    diag_wait* operator->() const { return wait_; }
-    diag_wait* get() const { return wait_; }
-
-  private:
-    diag_wait* wait_;
-};
-
-/* The response collected last; malloc'd blocks, one byte larger than what they hold. Guarded by the
- * response mutex. */
+/* The latest response. Both blocks come from malloc and are one byte longer than their content.
+ * Guarded by the response mutex. */
 struct diag_rsp_buf {
     uint8_t* data;
-    int32_t length; /* stays when the DCI sender frees data */
+    int32_t length; /* Published: kept when a DCI command frees data */
     uint8_t* prev_data;
 };
 
-/* Commands that found libdiag up, and the one that brought it up. Changed under the send mutex. */
+/* Initialisations since libdiag came up. Changed under the send mutex. */
 std::atomic<int32_t> g_diag_init_status{0};
 diag_rsp_buf g_qcril_diag_rsp_buf{};
 
-/* Callbacks, wait threads and workers may use it while the process ends. */
+/* Never destroyed: callbacks, wait threads and workers may use it while the process ends. */
 struct diag_shared {
     std::mutex send_mutex;     /* a whole "with result" command */
     std::mutex worker_mutex;   /* a worker's whole run */
     std::mutex response_mutex; /* g_qcril_diag_rsp_buf */
 
-    std::mutex wait_mutex; /* the holder below */
     diag_wait first_wait;
-    const wait_holder first{&first_wait}; /* for good: it is not freed */
-    wait_holder wait{first};
+    std::atomic<diag_wait*> wait{&first_wait}; /* the current one */
 
     std::mutex event_mutex; /* the count below */
     std::condition_variable worker_ended;
@@ -103,23 +80,17 @@ struct diag_shared {
 immortal<diag_shared> g_diag_immortal;
 diag_shared& g_diag_shared = g_diag_immortal.value;
 
-wait_holder current_wait() {
-    const std::lock_guard guard(g_diag_shared.wait_mutex);
-    return g_diag_shared.wait;
-}
-
-/* False when there is no memory: the wait before stays the current one. */
+/* False when there is no memory; the current wait then stays. The send mutex is held. */
 bool begin_new_wait() {
     auto* const wait = new (std::nothrow) diag_wait;
     if (wait == nullptr)
         return false;
-    const wait_holder fresh(wait);
-    const std::lock_guard guard(g_diag_shared.wait_mutex);
-    g_diag_shared.wait = fresh;
+    wait->earlier = g_diag_shared.wait;
+    g_diag_shared.wait = wait;
     return true;
 }
 
-/* What libdiag hands back as a packet's context: the processor's number, in a word that stays. */
+/* The number of each processor. libdiag keeps a pointer to one and passes it to the callback. */
 uint32_t g_processor_words[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 
 constexpr const char* processor_labels[] = {"MSM", "MDM", "MDM_2"};
@@ -145,8 +116,7 @@ int create_detached_thread(void* (*proc)(void*), void* arg) {
     return conf;
 }
 
-/* To be called by the thread itself: its creator must not touch a detached thread, which may have
- * ended. */
+/* For the thread itself: its creator must not touch a detached thread, which may have ended. */
 void name_this_thread() { pthread_setname_np(pthread_self(), "ORVK DIAG"); }
 
 } // namespace
@@ -163,8 +133,7 @@ void orvik_print_data_with_hex(const uint8_t* data, uint32_t len) {
         return;
     }
     static constexpr char digits[] = "0123456789ABCDEF";
-    char text[3 *
-              hex_dump_max]; /* two digits a byte, a blank before each but the first, and the NUL */
+    char text[3 * hex_dump_max]; /* with blanks between the bytes, and the NUL */
     char* end = text;
     for (uint32_t i = 0; i < len; ++i) {
         if (i > 0)
@@ -185,7 +154,7 @@ void orvik_diag_init_with_result() {
         ++g_diag_init_status;
         return;
     }
-    /* Also where the library does not come up: the command goes on and may come to wait. */
+    /* Even if the library does not come up: the command goes on and may wait. */
     const bool ready = begin_new_wait();
     if (ready && Diag_LSM_Init(nullptr))
         g_diag_init_status = 1;
@@ -240,7 +209,7 @@ int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_
     return 0;
 }
 
-/* Both checks of a "with result" command, with the complaints of the named function. */
+/* Both checks of a "with result" command, logged under function. */
 static bool buffers_usable(const char* function, const uint8_t* data, uint32_t data_len,
                            uint8_t* reply_buf, uint32_t* p_reply_len) {
     if (orvik_diag_comand_input_check(data, data_len) != 0)
@@ -252,7 +221,7 @@ static bool buffers_usable(const char* function, const uint8_t* data, uint32_t d
 
 /* ==== waiting for a response ==== */
 
-/* Counts the ticks of a wait; true when it is to be ended, as timed out or not. */
+/* Watches a wait until it is over or its time is up. True when the sender is still to be woken. */
 static bool watch(diag_wait& wait) {
     static constexpr const char* function = "orvik_diag_cmd_send_with_result_wait_thread_proc";
     ORVIK_DBG_IN(function, "function entry ------------->");
@@ -282,48 +251,36 @@ static bool watch(diag_wait& wait) {
     return end;
 }
 
-/* Posts last: the sender that it wakes, and the process, may be through before this thread is. */
-static void watch_and_post(const wait_holder& wait) {
+/* The post comes last: once the sender is woken, the process may end before this thread does. */
+static void* watch_and_post(void* wait) {
     name_this_thread();
-    if (watch(*wait.get()))
-        sem_post(&wait->done);
+    auto& watched = *static_cast<diag_wait*>(wait);
+    if (watch(watched))
+        sem_post(&watched.done);
+    return nullptr;
 }
 
 void* orvik_diag_cmd_send_with_result_wait_thread_proc(void*) {
-    watch_and_post(current_wait());
-    return nullptr;
-}
-
-/* Gets a wait, held for it, to end that one whatever the current one is by then. */
-static void* handed_wait_thread_proc(void* arg) {
-    auto* const handed = static_cast<diag_wait*>(arg);
-    const wait_holder wait(handed);
-    --handed->holders;
-    watch_and_post(wait);
-    return nullptr;
+    return watch_and_post(g_diag_shared.wait);
 }
 
 void orvik_diag_cmd_send_with_result_wait_create_thread() {
     ORVIK_FUNCTION_SCOPE();
-    const wait_holder wait = current_wait();
-    ++wait->holders; /* for the thread */
-    const int conf = create_detached_thread(handed_wait_thread_proc, wait.get());
-    if (conf != 0)
-        --wait->holders;
+    const int conf = create_detached_thread(watch_and_post, g_diag_shared.wait);
     ORVIK_DBG("orvik daig is created, conf = %d", conf);
 }
 
-/* Blocks until a response, or the time's end, is posted. wait is the current one: only a sender
- * begins a new one, and the send mutex is held. */
-static void wait_for_response(const wait_holder& wait) {
+/* Blocks until the response arrives or the time is up. wait is the current one: only a sender
+ * begins another, and the send mutex is held. */
+static void wait_for_response(diag_wait& wait) {
     orvik_diag_cmd_send_with_result_wait_create_thread();
-    while (sem_wait(&wait->done) != 0 && errno == EINTR) {
+    while (sem_wait(&wait.done) != 0 && errno == EINTR) {
     }
-    wait->waiting = false;
-    wait->limit = default_ticks;
+    wait.waiting = false;
+    wait.limit = default_ticks;
 }
 
-/* Copies the response to the caller; the result of the wait. */
+/* Copies the response to the caller. 1 after a time-out, else 0. */
 static int take_response(const char* function, diag_wait& wait, uint8_t* reply_buf,
                          uint32_t* p_reply_len, int32_t capacity) {
     const std::lock_guard guard(g_diag_shared.response_mutex);
@@ -332,7 +289,8 @@ static int take_response(const char* function, diag_wait& wait, uint8_t* reply_b
     ORVIK_DBG_IN(function,
                  "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", n,
                  response.length, capacity);
-    /* A length may be left from a response whose bytes were freed: nothing to copy then. */
+    /* Published: DCI mode frees the response but keeps its length. Then there is nothing to copy.
+     */
     const int32_t copied = response.data != nullptr ? n : 0;
     if (copied >= 1)
         std::memcpy(reply_buf, response.data, static_cast<size_t>(copied));
@@ -349,7 +307,7 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
     uint16_t remote_mask = 0;
     diag_has_remote_device(&remote_mask);
 
-    /* One name, of the lowest bit, even where several are set. */
+    /* Published: one name, that of the lowest bit, even if several are set. */
     static constexpr const char* remote_labels[] = {" APSS",  " MPSS",    " LPASS",
                                                     " WCNSS", " SENSORS", " WDSP"};
     const char* label = "";
@@ -370,7 +328,7 @@ void orvik_diag_register_callback(diag_packet_cb callback) {
 }
 
 int orvik_diag_cmd_response_by_callback(uint8_t* ptr, int32_t len, uint32_t* context_data) {
-    const wait_holder wait = current_wait();
+    diag_wait* const wait = g_diag_shared.wait;
     ORVIK_FUNCTION_SCOPE();
     if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0)
         return ORVIK_FAILED(1, "orvik_diag_cmd_response_check fail");
@@ -418,7 +376,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
     const auto capacity = static_cast<int32_t>(*p_reply_len);
 
     orvik_diag_init_with_result();
-    const wait_holder wait = current_wait();
+    diag_wait* const wait = g_diag_shared.wait;
     orvik_diag_register_callback(on_packet);
     diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
     int result = 1;
@@ -436,8 +394,8 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
         const auto ticks = static_cast<int32_t>((time_out_ms & 0xFFFF) / tick_ms);
         wait->limit = ticks;
         ORVIK_DBG("Command time = %d * 100ms", ticks);
-        wait_for_response(wait);
-        result = take_response(__func__, *wait.get(), reply_buf, p_reply_len, capacity);
+        wait_for_response(*wait);
+        result = take_response(__func__, *wait, reply_buf, p_reply_len, capacity);
     }
     diag_switch_logging(DIAG_USB_MODE, nullptr);
     orvik_diag_deinit_with_result();
@@ -448,7 +406,7 @@ int orvik_diag_cmd_send_with_result_by_callback_mode(const uint8_t* data, uint32
 
 constexpr int dci_response_size = 16384;
 
-/* True when the chunk was kept. The response mutex is held. */
+/* Appends a chunk to the response. The response mutex is held. */
 static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len) {
     diag_rsp_buf& response = g_qcril_diag_rsp_buf;
     if (response.data == nullptr) {
@@ -479,7 +437,7 @@ static bool keep_dci_chunk(const char* function, const uint8_t* ptr, int32_t len
     return true;
 }
 
-/* The length stays, as callers of the next command expect it to. */
+/* Published: the length stays. */
 static void free_response() {
     const std::lock_guard guard(g_diag_shared.response_mutex);
     std::free(g_qcril_diag_rsp_buf.prev_data);
@@ -489,7 +447,7 @@ static void free_response() {
 }
 
 void orvik_diag_cmd_response_by_dci(uint8_t* ptr, int32_t len, uint32_t* context_data) {
-    const wait_holder wait = current_wait();
+    diag_wait* const wait = g_diag_shared.wait;
     ORVIK_FUNCTION_SCOPE();
     const std::lock_guard guard(g_diag_shared.response_mutex);
     if (orvik_diag_cmd_response_check(ptr, len, context_data) != 0) {
@@ -535,30 +493,30 @@ void on_dci_response_no_handle(unsigned char* ptr, int len, void* context) {
     orvik_diag_cmd_response_by_dci_no_handle(ptr, len, static_cast<uint32_t*>(context));
 }
 
-/* What a DCI command with result and one without do differently. */
-struct dci_variant {
-    diag_dci_stream_cb log_listener;
-    diag_dci_stream_cb event_listener;
+/* What libdiag calls for a DCI command with result, and for one without. */
+struct dci_listeners {
+    diag_dci_stream_cb log;
+    diag_dci_stream_cb event;
     diag_dci_response_cb response;
-    void (*deinit)();
 };
 
-constexpr dci_variant dci_with_result = {
-    orvik_diag_cmd_response_by_dci_log_stream,
-    orvik_diag_cmd_response_by_dci_event_stream,
-    on_dci_response,
-    orvik_diag_deinit_with_result,
-};
+constexpr dci_listeners with_result_listeners = {orvik_diag_cmd_response_by_dci_log_stream,
+                                                 orvik_diag_cmd_response_by_dci_event_stream,
+                                                 on_dci_response};
 
-constexpr dci_variant dci_without_result = {
+constexpr dci_listeners without_result_listeners = {
     orvik_diag_cmd_response_by_dci_log_stream_no_handle,
-    orvik_diag_cmd_response_by_dci_event_stream_no_handle,
-    on_dci_response_no_handle,
-    [] { Diag_LSM_DeInit(); },
+    orvik_diag_cmd_response_by_dci_event_stream_no_handle, on_dci_response_no_handle};
+
+/* Where the result of a command goes. */
+struct dci_reply {
+    uint32_t time_out_ms;
+    uint8_t* buf;
+    uint32_t* len;
 };
 
 /* From the registered client to the request; 0 once it is sent. */
-int send_dci_request(const char* function, const dci_variant& variant, int client_id,
+int send_dci_request(const char* function, const dci_listeners& listeners, int client_id,
                      uint16_t peripherals, const uint8_t* data, uint32_t data_len,
                      uint8_t* response_packet) {
     const int channel = local_processor;
@@ -578,14 +536,14 @@ int send_dci_request(const char* function, const dci_variant& variant, int clien
     else
         ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
     ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
-    err = diag_register_dci_stream_proc(client_id, variant.log_listener, variant.event_listener);
+    err = diag_register_dci_stream_proc(client_id, listeners.log, listeners.event);
     if (err != DIAG_DCI_NO_ERROR)
         return ORVIK_FAILED_IN(function, 1,
                                "Unable to register DCI stream for ch:%d, err: %d, errno: %d",
                                channel, err, errno);
     ORVIK_DBG_IN(function, "Sending Asynchronous Command for ch:%d", channel);
     err = diag_send_dci_async_req(client_id, packet_bytes(data), static_cast<int>(data_len),
-                                  response_packet, dci_response_size, variant.response, nullptr);
+                                  response_packet, dci_response_size, listeners.response, nullptr);
     if (err != DIAG_DCI_NO_ERROR)
         return ORVIK_FAILED_IN(function, 1,
                                "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
@@ -593,16 +551,35 @@ int send_dci_request(const char* function, const dci_variant& variant, int clien
     return 0;
 }
 
-/* A whole DCI command while libdiag is up, which it takes down; sent() runs once the request is out
- * and gives the result. */
-template <typename Sent>
-int run_dci_command(const char* function, const dci_variant& variant, const uint8_t* data,
-                    uint32_t data_len, Sent sent) {
+int await_dci_reply(const char* function, const dci_reply& reply) {
+    diag_wait& wait = *g_diag_shared.wait;
+    const auto capacity = static_cast<int32_t>(*reply.len);
+    wait.waiting = true;
+    const int32_t ticks = static_cast<int32_t>(reply.time_out_ms) / static_cast<int32_t>(tick_ms);
+    wait.limit = ticks;
+    ORVIK_DBG_IN(function, "Dci Command time = %d", ticks);
+    wait_for_response(wait);
+    const int result = take_response(function, wait, reply.buf, reply.len, capacity);
+    free_response();
+    return result;
+}
+
+void dci_deinit(const dci_reply* reply) {
+    if (reply != nullptr)
+        orvik_diag_deinit_with_result();
+    else
+        Diag_LSM_DeInit();
+}
+
+/* A whole DCI command while libdiag is up, which it takes down. reply: null for a command without
+ * result, which only waits a while. */
+int run_dci_command(const char* function, const uint8_t* data, uint32_t data_len,
+                    const dci_reply* reply) {
     const std::unique_ptr<void, void (*)(void*)> response_packet(std::malloc(dci_response_size),
                                                                  std::free);
     if (response_packet == nullptr) {
         ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d", errno);
-        variant.deinit();
+        dci_deinit(reply);
         return 1;
     }
     static int client_signal = 18; /* SIGCONT; libdiag takes its address */
@@ -613,16 +590,19 @@ int run_dci_command(const char* function, const dci_variant& variant, const uint
     if (err != DIAG_DCI_NO_ERROR) {
         ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err, errno,
                      channel);
-        variant.deinit();
+        dci_deinit(reply);
         return 1;
     }
     ORVIK_DBG_IN(function, "Successfully registered with DCI for ch:%d, client ID = %d", channel,
                  client_id);
-    int result = send_dci_request(function, variant, client_id, peripherals, data, data_len,
-                                  static_cast<uint8_t*>(response_packet.get()));
-    if (result == 0)
-        result = sent();
-    variant.deinit();
+    int result = send_dci_request(
+        function, reply != nullptr ? with_result_listeners : without_result_listeners, client_id,
+        peripherals, data, data_len, static_cast<uint8_t*>(response_packet.get()));
+    if (result == 0 && reply != nullptr)
+        result = await_dci_reply(function, *reply);
+    else if (result == 0)
+        pause_us(g_orvik_diag_pauses.dci_worker);
+    dci_deinit(reply);
     err = diag_release_dci_client(&client_id);
     ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, errno);
     return result;
@@ -637,21 +617,9 @@ int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t da
     const std::lock_guard guard(g_diag_shared.send_mutex);
     if (!buffers_usable(__func__, data, data_len, reply_buf, p_reply_len))
         return 1;
-    const auto capacity = static_cast<int32_t>(*p_reply_len);
-
     orvik_diag_init_with_result();
-    const wait_holder wait = current_wait();
-    const char* const function = __func__;
-    return run_dci_command(function, dci_with_result, data, data_len, [&] {
-        wait->waiting = true;
-        const int32_t ticks = static_cast<int32_t>(time_out_ms) / static_cast<int32_t>(tick_ms);
-        wait->limit = ticks;
-        ORVIK_DBG_IN(function, "Dci Command time = %d", ticks);
-        wait_for_response(wait);
-        const int result = take_response(function, *wait.get(), reply_buf, p_reply_len, capacity);
-        free_response();
-        return result;
-    });
+    const dci_reply reply = {time_out_ms, reply_buf, p_reply_len};
+    return run_dci_command(__func__, data, data_len, &reply);
 }
 
 /* ==== without result ==== */
@@ -660,25 +628,6 @@ namespace {
 
 constexpr uint32_t work_mode_callback = 0;
 constexpr uint32_t work_mode_dci = 1;
-
-/* What the workers of both modes do around their sending. work gets the packet while libdiag is up
- * and takes it down; libdiag is brought up here directly and not counted. */
-template <typename Work> void run_worker(const char* function, void* block, Work work) {
-    const std::lock_guard guard(g_diag_shared.worker_mutex);
-    const std::unique_ptr<void, void (*)(void*)> owned(block, std::free);
-    if (block == nullptr) {
-        ORVIK_DBG_IN(function, "param is null");
-        return;
-    }
-    uint32_t data_len;
-    std::memcpy(&data_len, block, sizeof data_len);
-    ORVIK_DBG_IN(function, "data_len = %d", data_len);
-    if (!Diag_LSM_Init(nullptr)) {
-        ORVIK_DBG_IN(function, "LSM init failed");
-        return;
-    }
-    work(static_cast<const uint8_t*>(block) + sizeof data_len, data_len);
-}
 
 void worker_begins() {
     const std::lock_guard guard(g_diag_shared.event_mutex);
@@ -691,7 +640,7 @@ void worker_ends() {
     g_diag_shared.worker_ended.notify_all();
 }
 
-/* A worker's thread: its body, then, after the last line of that, the event. */
+/* The workers' threads. worker_ends comes after the last line that the body logs. */
 void* callback_worker(void* block) {
     name_this_thread();
     orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(block);
@@ -708,32 +657,45 @@ void* dci_worker(void* block) {
 
 } // namespace
 
+/* Sends the packet in the block, which it frees. libdiag is brought up without being counted. */
+static void* run_worker(const char* function, void* block, bool dci) {
+    const std::lock_guard guard(g_diag_shared.worker_mutex);
+    const std::unique_ptr<void, void (*)(void*)> owned(block, std::free);
+    if (block == nullptr) {
+        ORVIK_DBG_IN(function, "param is null");
+        return nullptr;
+    }
+    uint32_t data_len;
+    std::memcpy(&data_len, block, sizeof data_len);
+    const uint8_t* const data = static_cast<const uint8_t*>(block) + sizeof data_len;
+    ORVIK_DBG_IN(function, "data_len = %d", data_len);
+    if (!Diag_LSM_Init(nullptr)) {
+        ORVIK_DBG_IN(function, "LSM init failed");
+        return nullptr;
+    }
+    if (dci) {
+        run_dci_command(function, data, data_len, nullptr);
+        return nullptr;
+    }
+    orvik_diag_register_callback(on_packet_no_handle);
+    diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
+    const int ret =
+        diag_callback_send_data(local_processor, packet_bytes(data), static_cast<int>(data_len));
+    ORVIK_DBG_IN(function, "ret_send = %d, will wait callback", ret);
+    pause_us(g_orvik_diag_pauses.callback_worker);
+    diag_switch_logging(DIAG_USB_MODE, nullptr);
+    Diag_LSM_DeInit();
+    return nullptr;
+}
+
 void* orvik_diag_cmd_send_without_result_by_callback_mode_thread_proc(void* block) {
     ORVIK_FUNCTION_SCOPE();
-    const char* const function = __func__;
-    run_worker(function, block, [function](const uint8_t* data, uint32_t data_len) {
-        orvik_diag_register_callback(on_packet_no_handle);
-        diag_switch_logging(DIAG_CALLBACK_MODE, nullptr);
-        const int ret = diag_callback_send_data(local_processor, packet_bytes(data),
-                                                static_cast<int>(data_len));
-        ORVIK_DBG_IN(function, "ret_send = %d, will wait callback", ret);
-        pause_us(g_orvik_diag_pauses.callback_worker);
-        diag_switch_logging(DIAG_USB_MODE, nullptr);
-        Diag_LSM_DeInit();
-    });
-    return nullptr;
+    return run_worker(__func__, block, false);
 }
 
 void* orvik_diag_cmd_send_without_result_by_dci_mode_thread_proc(void* block) {
     ORVIK_FUNCTION_SCOPE();
-    const char* const function = __func__;
-    run_worker(function, block, [function](const uint8_t* data, uint32_t data_len) {
-        run_dci_command(function, dci_without_result, data, data_len, [] {
-            pause_us(g_orvik_diag_pauses.dci_worker);
-            return 0;
-        });
-    });
-    return nullptr;
+    return run_worker(__func__, block, true);
 }
 
 int orvik_diag_cmd_send_without_result_start_thread(const uint8_t* data, uint32_t data_len,

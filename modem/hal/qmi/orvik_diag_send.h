@@ -13,17 +13,17 @@
 
 #include "diag.h"
 
-/* Logs 1 to 4096 bytes as upper-case hex; any other length, and null, as a complaint. */
+/* Logs 1 to 4096 bytes as upper-case hex; complains about any other length and about null. */
 void orvik_print_data_with_hex(const uint8_t* data, uint32_t len);
 
 /* ==== the four ways to send ==== */
 
-/* *p_reply_len: in, the room in reply_buf; out, the bytes copied to it, cut to that room.
+/* *p_reply_len: in the capacity of reply_buf, out the bytes copied.
  *
- * The answer collected last is what is copied, and nothing empties it before a command: after a
- * time-out (result 1) the caller gets the bytes of an earlier answer in callback mode, if any. A
- * length that is left from an answer whose bytes are gone, and is a multiple of 4096, ends the next
- * wait in DCI mode as a success of 0 bytes.
+ * Published: nothing clears the latest response before a command. After a time-out (result 1) in
+ * callback mode the caller gets the bytes of an earlier response, if any. DCI mode frees the
+ * response's bytes but keeps its length: if that is a multiple of 4096, the next DCI wait ends at
+ * once with result 0 and 0 bytes.
  *
  * time_out_ms counts in steps of 100 ms. In callback mode 0 and anything above 60000 mean 3000. In
  * DCI mode it is taken as it is; below 100 means one step. */
@@ -34,12 +34,12 @@ int orvik_diag_cmd_send_with_result_by_dci_mode(const uint8_t* data, uint32_t da
                                                 uint32_t time_out_ms, uint8_t* reply_buf,
                                                 uint32_t* p_reply_len);
 
-/* 0 once a worker was asked for. The packet is copied; what becomes of it is only logged. */
+/* Return 0 once a worker was asked for. The packet is copied; failures of the worker are only
+ * logged. */
 int orvik_diag_cmd_send_without_result_by_callback_mode(const uint8_t* data, uint32_t data_len);
 int orvik_diag_cmd_send_without_result_by_dci_mode(const uint8_t* data, uint32_t data_len);
 
-/* Waits until every worker asked for so far has written its last line, but not longer than
- * time_out_ms. False when the time ran out. */
+/* Waits until every worker has written its last line. False after time_out_ms. */
 bool orvik_diag_wait_for_workers(uint32_t time_out_ms);
 
 /* Pauses in microseconds. Tests shorten them; the tool itself never changes them. */
@@ -74,8 +74,8 @@ void orvik_diag_cmd_response_by_dci_no_handle(uint8_t* ptr, int32_t len, uint32_
 void orvik_diag_cmd_response_by_dci_log_stream_no_handle(uint8_t* ptr, int32_t len);
 void orvik_diag_cmd_response_by_dci_event_stream_no_handle(uint8_t* ptr, int32_t len);
 
-/* Both watch the current wait and end it when its time is up: a thread that is started for it, and
- * the caller's own, whose argument is not used. */
+/* Watch the current wait and end it when its time is up: in a new thread, and in the caller's own,
+ * which does not use its argument. */
 void orvik_diag_cmd_send_with_result_wait_create_thread();
 void* orvik_diag_cmd_send_with_result_wait_thread_proc(void* arg);
 

@@ -1,3 +1,5 @@
+/* All QMI clients but the modem API's. Log lines show this source's name, so they stay here
+ * together, however long it grows. */
 #include "orvik_extend_cmn.h"
 
 #include <algorithm>
@@ -66,8 +68,8 @@ void fetch_service_object() {
     });
 }
 
-/* Waits until the notifier is signalled or the time is up. A signal of the past must not end the
- * wait: the caller has just found the service down. Without a notifier there is only the time. */
+/* Waits for the notifier's signal, up to the time-out. An old signal is cleared first: the caller
+ * has just found the service down. Without a notifier it only sleeps. */
 void wait_for_service() {
     if (g_orvik_extend_notifier == nullptr) {
         usleep(service_wait_ms * 1000);
@@ -84,7 +86,7 @@ int low_word(const volatile void* pointer) {
     return static_cast<int>(reinterpret_cast<uintptr_t>(pointer));
 }
 
-/* The open client, or a new one, which the caller has to keep. The mutex is held. */
+/* Returns the open client or a new one, which the caller must keep. The mutex is held. */
 qmi_client_type open_locked() {
     if (g_orvik_extend_client != nullptr)
         return g_orvik_extend_client;
@@ -92,7 +94,7 @@ qmi_client_type open_locked() {
         return nullptr;
 
     const qmi_idl_service_object_type service = g_orvik_extend_service_object;
-    /* The notifier stays for the life of the process; a later try uses the one there is. */
+    /* The notifier is never released; a later try uses it again. */
     if (g_orvik_extend_notifier == nullptr)
         qmi_client_notifier_init(service, &g_orvik_extend_os_params, &g_orvik_extend_notifier);
 
@@ -151,7 +153,7 @@ int32_t exchange(uint32_t id, const uint8_t* data, int32_t len, void* rsp, uint3
         orvik_print("%d QMI service framework error. Check client\n", response.id);
         return -3;
     }
-    /* Neither the caller's capacity nor the record reaches further, whatever data_len says. */
+    /* data_len may exceed both the caller's capacity and the record. */
     *rsp_len = response.data_valid != 0 ? std::min(*rsp_len, response.data_len) : 0;
     std::memcpy(rsp, response.data, *rsp_len);
     orvik_print("orvik_extend_qmi_send_sync resp_len:%d\n", *rsp_len);
@@ -183,14 +185,12 @@ int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len
     return result;
 }
 
-template <typename Record>
 static void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
-                             unsigned buf_len) {
-    Record record{};
-    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
-                              sizeof record);
+                             unsigned buf_len, unsigned size) {
+    alignas(uint64_t) uint8_t record[sizeof(orvik_extend_ind_06)] = {}; /* the largest */
+    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, record, size);
     if (g_other_ind_handler != nullptr)
-        g_other_ind_handler(msg_id, &record, sizeof record);
+        g_other_ind_handler(msg_id, record, size);
 }
 
 static void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
@@ -218,13 +218,13 @@ void orvik_extend_qmi_ind_cb(qmi_client_type handle, unsigned int msg_id, void* 
     case ORVIK_EXTEND_IND_COMMON:
         return handle_common_ind(handle, msg_id, buf, buf_len);
     case ORVIK_EXTEND_IND_05:
-        return handle_other_ind<orvik_extend_ind_05>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_05));
     case ORVIK_EXTEND_IND_06:
-        return handle_other_ind<orvik_extend_ind_06>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_06));
     case ORVIK_EXTEND_IND_07:
-        return handle_other_ind<orvik_extend_pair>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_pair));
     case ORVIK_EXTEND_IND_08:
-        return handle_other_ind<orvik_extend_ind_08>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_08));
     default:
         return;
     }
@@ -281,11 +281,11 @@ int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* r
 
 /* ==== SAR ==== */
 
-constexpr uint32_t sar_service_wait_ms = 4; /* short on purpose: no SAR service, no waiting */
+constexpr uint32_t sar_service_wait_ms = 4; /* short: without the service nobody is kept waiting */
 constexpr unsigned sar_timeout_ms = 30000;
 
 int32_t orvik_get_sar_dsi() {
-    static qmi_client_os_params os_params; /* the client stays, so they must too */
+    static qmi_client_os_params os_params; /* the client is never released */
     qmi_client_type handle = nullptr;
     int error = qmi_client_init_instance(
         sar_get_service_object_internal_v01(ORVIK_IDL_MAJOR, ORVIK_SAR_IDL_MINOR,
@@ -311,7 +311,7 @@ namespace {
 constexpr uint32_t uim_service_wait_ms = 4000;
 constexpr uint8_t uim_max_failures = 3;
 
-/* For the thread that runs the operations; only the flag is set on the framework's. */
+/* Used by the one thread that runs operations; only the flag is set on the framework's thread. */
 qmi_client_type uim_qmi_client;
 qmi_client_os_params g_uim_os_params; /* of the one client there is at a time */
 uint8_t failed_cnt;                   /* failed exchanges of this client */
@@ -335,8 +335,8 @@ bool init_uim_qmi_client() {
     ORVIK_DBG("init_uim_qmi_client %p", static_cast<const void*>(uim_qmi_client));
     if (qmi_client_register_error_cb(uim_qmi_client, error_cb, nullptr) != QMI_NO_ERR)
         ORVIK_DBG("qmi_client_register_error_cb failed");
-    /* A restart since the registration may be forgotten here: the next exchange then returns -2,
-     * which makes the client anew all the same. */
+    /* This may forget a restart that came just now. The next exchange then returns -2, and the
+     * client is replaced all the same. */
     SSR_Detected = 0;
     failed_cnt = 0;
     return true;
@@ -415,7 +415,7 @@ bool uim_allocate(const char* function, const char* name, uim_records<Request, R
     return true;
 }
 
-/* Sends; a transport error is told and counted. */
+/* Sends; logs and counts a transport error. */
 template <typename Request, typename Response>
 int32_t uim_send(const char* function, unsigned msg_id,
                  const uim_records<Request, Response>& records, bool tell_count = false) {
@@ -495,7 +495,7 @@ int32_t orvik_uim_request_eid(char* args, uint8_t* eid) {
 
 int32_t orvik_uim_get_card_status(char* states) {
     std::memset(states, card_state_not_told, sim_slots);
-    /* A noted restart is not looked at here. */
+    /* Published: does not recover from a restart. */
     uim_records<uim_get_card_status_req_v01, uim_get_card_status_resp_v01> records;
     if (!uim_client_ready(__func__, __func__) || !uim_allocate(__func__, __func__, records))
         return uim_failed;
@@ -569,7 +569,7 @@ int32_t orvik_uim_close_channel(uint8_t* args) {
 
 int32_t orvik_uim_send_apdu(char* args, uint8_t* rsp) {
     uim_recover_from_ssr(__func__);
-    /* Its lines about the client bear the close operation's name, on purpose. */
+    /* Published: the lines about the client name the close operation. */
     uim_records<uim_send_apdu_req_v01, uim_send_apdu_resp_v01> records;
     if (!uim_client_ready(__func__, "orvik_uim_close_channel") ||
         !uim_allocate(__func__, __func__, records))
@@ -588,8 +588,8 @@ int32_t orvik_uim_send_apdu(char* args, uint8_t* rsp) {
     const uim_send_apdu_resp_v01& response = *records.response;
     if (sent == QMI_NO_ERR && response.resp.result == 0) {
         ORVIK_DBG("orvik_uim_send_apdu successfully");
-        /* One byte holds the length: a reply of 256 bytes or more keeps its low byte only, and no
-         * more bytes than that are told. */
+        /* Published: one byte holds the length. Of a reply of 256 bytes or more only the low byte
+         * counts, and only so many bytes are copied. */
         rsp[0] = static_cast<uint8_t>(response.apdu_len);
         std::memcpy(rsp + 1, response.apdu, rsp[0]);
     } else if (sent == QMI_NO_ERR) {

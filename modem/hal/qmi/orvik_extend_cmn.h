@@ -49,17 +49,14 @@ int32_t orvik_send_common_qmi_msg(uint32_t t, uint32_t l, const void* v, void* r
 int32_t orvik_get_sar_dsi();
 
 /* ---- UIM client ----
- * One client of the UIM service for the process, made by the first SIM operation. The error
- * callback, on the framework's thread, only notes that the modem has restarted; the client is
- * released and made anew by the operations, which run on one thread at a time:
+ * One client of the UIM service for the process. The first SIM operation makes it. The error
+ * callback, on the framework's thread, only sets a flag when the modem has restarted. The
+ * operations, which run on one thread at a time, release the client:
  *
- *     none      an operation begins       -> client, or the operation fails
- *     client    a restart was noted       -> released when the next operation begins (card status
- *                                            does not look)
- *     client    an exchange returned -2   -> released when the operation ends
- *     client    its third failed exchange -> released when the operation ends */
+ *     at the begin of an operation (not of card status): if the flag is set
+ *     at its end: if its exchange returned -2, or was the client's third that failed */
 
-/* Makes the client, waiting up to 4 s for the service; true when there is one afterwards. */
+/* Makes the client, waiting up to 4 s for the service. False when that fails. */
 bool init_uim_qmi_client();
 
 void error_cb(qmi_client_type handle, qmi_client_error_type error, void* cb_data);
@@ -76,14 +73,14 @@ void uim_qmi_client_recovery();
 /* args: three u32: power up (0: down), slot, ignore hot swap when powering up. */
 int32_t orvik_uim_request_uicc_power_ex(char* args);
 
-/* args: slot. eid: 16 bytes, only written when the card tells its EID. */
+/* args: slot. eid: 16 bytes, only written when the card returns its EID. */
 int32_t orvik_uim_request_eid(char* args, uint8_t* eid);
 
-/* states: card states of slots 1 and 2: 0 absent, 1 present, 2 error, 3 not told. */
+/* states: card states of slots 1 and 2: 0 absent, 1 present, 2 error, 3 unknown. */
 int32_t orvik_uim_get_card_status(char* states);
 
-/* Opens a channel to the eUICC's issuer security domain (ISD-R). args: slot, which file control
- * information the card is to give. channel_id: only written when the answer holds one. */
+/* Opens a channel to the eUICC's issuer security domain (ISD-R). args: slot, and which file control
+ * information to ask for. channel_id is only written when the answer holds one. */
 int32_t orvik_uim_open_channel(uint8_t* args, uint8_t* channel_id);
 
 /* args: slot, channel id. */

@@ -1,3 +1,5 @@
+/* NV items and EFS files. Log lines show this source's name, so both stay here, however long it
+ * grows. */
 #include "orvik_extend_nvefs.h"
 
 #include <algorithm>
@@ -61,12 +63,11 @@ constexpr uint32_t max_passes = 300;
 std::mutex g_nv_mutex;
 std::mutex g_efs_mutex;
 
-/* A length that a response states, as far as its data can reach; where less arrived, the cleared
- * response has zeros. */
+/* The length that a response states, cut to its data. If less arrived, the rest is zero. */
 uint32_t held(uint32_t stated) { return std::min<uint32_t>(stated, sizeof(nvefs_response::data)); }
 
 /* One exchange with a cleared response, its result mapped. rsp_len: in the capacity, out the bytes
- * that arrived. */
+ * received. */
 int32_t send(const nvefs_request& request, nvefs_response& response, uint32_t& rsp_len) {
     response = {};
     return orvik_qmi_result_map(orvik_extend_qmi_send_sync(REQUEST_ID_EFS, bytes_of(request),
@@ -158,7 +159,7 @@ int32_t check_write_buf(const char* function, const void* buf, uint32_t len, uin
     return ORVIK_NVEFS_BUF_LEN_INVALID;
 }
 
-/* The exchange of the three NV functions: the send's failure or the service's result. */
+/* An NV exchange: the failure of the send, else the service's result. */
 int32_t send_nv(const char* function, const nvefs_request& request, nvefs_response& response) {
     uint32_t rsp_len = sizeof response;
     const int32_t result = send(request, response, rsp_len);
@@ -243,7 +244,7 @@ int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len,
 
     const uint32_t capacity = *buf_len;
     uint32_t received = 0;
-    /* Set once: each later pass may receive at most as much as the previous response held. */
+    /* Published: set once, so no pass receives more than the pass before. */
     uint32_t rsp_len = sizeof response;
     for (uint32_t pass = 0; pass < max_passes; ++pass) {
         const uint32_t offset = received;

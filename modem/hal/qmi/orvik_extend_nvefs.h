@@ -27,7 +27,7 @@ enum {
 /* Maps the send's -1, -2, -3 to -101, -102, -103; every other value stays. */
 int32_t orvik_qmi_result_map(int32_t result);
 
-/* buf_len: in the capacity of buf; out the item's length when that is smaller, else as it was. */
+/* buf_len: in the capacity of buf, out the bytes copied. */
 int32_t orvik_nv_read(uint32_t sub_id, uint32_t nv_id, void* buf, uint32_t* buf_len);
 
 /* len: 1 to ORVIK_NV_DATA_MAX. */
@@ -35,8 +35,7 @@ int32_t orvik_nv_write_ex(uint32_t sub_id, uint32_t nv_id, const uint8_t* buf, u
 
 int32_t orvik_nv_delete(uint32_t sub_id, uint32_t nv_id);
 
-/* path_len: characters without NUL. buf_len: in the capacity of buf; out the bytes read, as it was
- * when the file is longer. */
+/* path_len: characters without NUL. buf_len: in the capacity of buf, out the bytes read. */
 int32_t orvik_efs_read(uint32_t sub_id, const char* efs_path, uint32_t path_len, uint8_t* buf,
                        uint32_t* buf_len);
 

@@ -1,0 +1,404 @@
+#include "describe.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace lab::tape {
+
+namespace {
+
+constexpr size_t most_shown = 32;
+
+} // namespace
+
+uint64_t little_endian(std::string_view bytes, size_t at, size_t width) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < width && at + i < bytes.size(); ++i)
+        value |= uint64_t{static_cast<unsigned char>(bytes[at + i])} << (8 * i);
+    return value;
+}
+
+void append_number(std::string& out, int64_t value) {
+    char text[24];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    out.append(text, end);
+}
+
+void append_hex(std::string& out, std::string_view bytes) {
+    static constexpr char digits[] = "0123456789abcdef";
+    for (const char c : bytes) {
+        out += digits[static_cast<unsigned char>(c) >> 4];
+        out += digits[static_cast<unsigned char>(c) & 15];
+    }
+}
+
+void describe_bytes(std::string& out, std::string_view bytes) {
+    append_hex(out, bytes.substr(0, most_shown));
+    if (bytes.size() <= most_shown)
+        return;
+    out += "... (";
+    append_number(out, static_cast<int64_t>(bytes.size()));
+    out += " bytes)";
+}
+
+void append_named(std::string& out, std::span<const names::Number> rows, int64_t value) {
+    if (const char* const name = names::name_of(rows, value)) {
+        out.append(name).append(" (");
+        append_number(out, value);
+        out += ')';
+    } else {
+        append_number(out, value);
+    }
+}
+
+void describe_transport(std::string& out, int64_t result) {
+    append_named(out, names::transport_results, result);
+}
+
+/* ---- the vendor service's records ---- */
+
+namespace {
+
+void separate(std::string& out) {
+    if (!out.empty() && out.back() != ' ')
+        out += ", ";
+}
+
+void nvefs_request(std::string& out, std::string_view data, Exchange& exchange) {
+    using namespace names::nvefs_request;
+    exchange.operation = static_cast<uint8_t>(little_endian(data, operation, 1));
+    const char* const name = names::name_of(names::nvefs_operations, exchange.operation);
+    out += name != nullptr ? name : "unknown operation";
+    out += ", subscription ";
+    append_number(out, static_cast<int64_t>(little_endian(data, subscription, 1)));
+    const bool efs = exchange.operation >= names::efs_read;
+    if (efs) {
+        out += ", ";
+        out += part(data, path, std::min<uint64_t>(little_endian(data, path_length, 1), path_most));
+    } else {
+        out += ", item ";
+        append_number(out, static_cast<int64_t>(little_endian(data, item, 2)));
+    }
+    const uint64_t all = little_endian(data, whole, 4);
+    if (exchange.operation == names::nv_write) {
+        out += ": ";
+        describe_bytes(out, part(data, names::nvefs_request::data, all));
+    } else if (exchange.operation == names::efs_read) {
+        out += ", offset ";
+        append_number(out, static_cast<int64_t>(little_endian(data, offset, 4)));
+    } else if (exchange.operation == names::efs_write) {
+        const uint64_t length = little_endian(data, chunk, 4);
+        out += ", ";
+        append_number(out, static_cast<int64_t>(length));
+        out += " of ";
+        append_number(out, static_cast<int64_t>(all));
+        out += " bytes, offset ";
+        append_number(out, static_cast<int64_t>(little_endian(data, offset, 4)));
+        out += ", instance ";
+        append_number(out, static_cast<int64_t>(little_endian(data, item, 2)));
+        out += ": ";
+        describe_bytes(out, part(data, names::nvefs_request::data, length));
+    }
+}
+
+bool nvefs_response(std::string& out, std::string_view data, const Exchange& exchange) {
+    using namespace names::nvefs_response;
+    const auto code = static_cast<int32_t>(little_endian(data, result, 4));
+    const char* const name = names::name_of(names::nvefs_operations, exchange.operation);
+    out += name != nullptr ? name : "NV or EFS";
+    out += ": result ";
+    append_number(out, code);
+    const uint64_t length = little_endian(data, chunk, 4);
+    if (length > 0) {
+        out += ", ";
+        append_number(out, static_cast<int64_t>(length));
+        out += " of ";
+        append_number(out, static_cast<int64_t>(little_endian(data, whole, 4)));
+        out += " bytes: ";
+        describe_bytes(out, part(data, names::nvefs_response::data, length));
+    }
+    return exchange.operation == names::efs_write ? code >= 0 : code == 0;
+}
+
+bool common(std::string& out, std::string_view data, bool request) {
+    using namespace names::common_record;
+    const auto what = static_cast<int64_t>(little_endian(data, kind, 4));
+    append_named(out, names::common_kinds, what);
+    int32_t code = 0;
+    if (!request) {
+        code = static_cast<int32_t>(little_endian(data, result, 4));
+        out += ", result ";
+        append_number(out, code);
+    }
+    out += ": ";
+    if (what == names::record_typed) {
+        append_named(out, names::typed_commands,
+                     static_cast<int64_t>(little_endian(data, type, 4)));
+        const uint64_t size = little_endian(data, length, 4);
+        if (size > 0) {
+            out += ", ";
+            describe_bytes(out, part(data, payload, size));
+        }
+    } else {
+        std::string_view rest = part(data, names::common_record::data, data.size());
+        while (!rest.empty() && rest.back() == '\0')
+            rest.remove_suffix(1);
+        describe_bytes(out, rest);
+    }
+    return code >= 0;
+}
+
+bool vendor_record(std::string& out, std::string_view data, bool request, Exchange& exchange) {
+    switch (exchange.vendor_kind) {
+    case names::vendor_kind_nvefs:
+        if (!request)
+            return nvefs_response(out, data, exchange);
+        nvefs_request(out, data, exchange);
+        return true;
+    case names::vendor_kind_common:
+        return common(out, data, request);
+    default:
+        describe_bytes(out, data);
+        return true;
+    }
+}
+
+/* ---- APDUs ---- */
+
+void command_apdu(std::string& out, std::string_view apdu) {
+    if (apdu.size() >= 2) {
+        const char* const name =
+            names::name_of(names::apdu_instructions, static_cast<unsigned char>(apdu[1]));
+        out.append(name != nullptr ? name : "unknown instruction").append(1, ' ');
+    }
+    describe_bytes(out, apdu);
+}
+
+bool reply_apdu(std::string& out, std::string_view apdu) {
+    describe_bytes(out, apdu);
+    if (apdu.size() < 2)
+        return true;
+    const int word = static_cast<unsigned char>(apdu[apdu.size() - 2]) << 8 |
+                     static_cast<unsigned char>(apdu.back());
+    static constexpr char digits[] = "0123456789abcdef";
+    out += ", status word ";
+    for (int shift = 12; shift >= 0; shift -= 4)
+        out += digits[word >> shift & 15];
+    if (const char* const name = names::name_of(names::status_words, word))
+        out.append(" (").append(name).append(1, ')');
+    return word == 0x9000 || word >> 8 == 0x61 || word >> 8 == 0x91;
+}
+
+/* ---- QMI messages ---- */
+
+/* Reads one message's fields, wherever they lie. */
+class Describer {
+  public:
+    Describer(std::string& out, const names::Service& service, MessageType type, Exchange& exchange)
+        : out_(out), service_(service), type_(type), exchange_(exchange) {}
+
+    bool good() const { return good_; }
+
+    void memory(std::span<const names::Tlv> tlvs, std::string_view record) {
+        for (const names::Tlv& tlv : tlvs) {
+            if (tlv.valid_at != names::nowhere && little_endian(record, tlv.valid_at, 1) == 0)
+                continue;
+            begin(tlv);
+            for (const names::Field& field : tlv.fields)
+                memory_field(tlv, field, record, 0);
+            if (tlv.list.name == nullptr)
+                continue;
+            const uint64_t count =
+                std::min<uint64_t>(little_endian(record, tlv.list.count_at, 4), tlv.list.most);
+            for (size_t i = 0; i < count; ++i) {
+                element(tlv, i);
+                for (const names::Field& field : tlv.list.fields)
+                    memory_field(tlv, field, record, tlv.list.at + i * tlv.list.stride);
+            }
+        }
+    }
+
+    void wire(std::span<const names::Tlv> tlvs, std::string_view message) {
+        while (message.size() >= 3) {
+            const auto type = static_cast<uint8_t>(message[0]);
+            const uint64_t length = little_endian(message, 1, 2);
+            const std::string_view value = part(message, 3, length);
+            message.remove_prefix(std::min<size_t>(message.size(), 3 + length));
+            const auto row = std::find_if(tlvs.begin(), tlvs.end(),
+                                          [&](const names::Tlv& tlv) { return tlv.type == type; });
+            if (row == tlvs.end()) {
+                separate(out_);
+                out_ += "TLV ";
+                append_number(out_, type);
+                out_ += "=";
+                describe_bytes(out_, value);
+                continue;
+            }
+            wire_tlv(*row, value);
+        }
+        if (!message.empty()) {
+            out_ += ", cut";
+            good_ = false;
+        }
+    }
+
+  private:
+    void begin(const names::Tlv& tlv) {
+        separate(out_);
+        first_ = true;
+        standard_ = tlv.fields.data() == std::data(names::standard_response);
+        named_ = !standard_ &&
+                 (tlv.fields.size() + tlv.list.fields.size() > 1 || tlv.list.name != nullptr);
+        if (named_)
+            out_.append(tlv.name).append(": ");
+    }
+
+    void element(const names::Tlv& tlv, size_t index) {
+        separate(out_);
+        out_.append(tlv.list.name).append(1, ' ');
+        append_number(out_, static_cast<int64_t>(index) + 1);
+        out_ += ' ';
+        first_ = true;
+    }
+
+    void name(const names::Tlv& tlv, const names::Field& field) {
+        if (!first_)
+            separate(out_);
+        first_ = false;
+        if (tlv.list.name == nullptr || tlv.list.fields.size() > 1 || !tlv.fields.empty())
+            out_.append(named_ ? field.name : tlv.name).append(1, '=');
+    }
+
+    void put_number(const names::Tlv& tlv, const names::Field& field, uint64_t value) {
+        if (standard_) {
+            put_standard(field, value);
+            return;
+        }
+        if (service_.id == names::vendor_service && tlv.type == 0x01) {
+            if (type_ == MessageType::request)
+                exchange_.vendor_kind = static_cast<uint8_t>(value);
+            else if (value != 0)
+                good_ = false;
+        }
+        name(tlv, field);
+        append_named(out_, field.values, static_cast<int64_t>(value));
+    }
+
+    /* Two numbers, of which a person wants one word. */
+    void put_standard(const names::Field& field, uint64_t value) {
+        if (&field == &names::standard_response[0]) {
+            refused_ = value != 0;
+            good_ = good_ && !refused_;
+            out_ += refused_ ? "refused" : "ok";
+        } else if (refused_) {
+            out_ += ": ";
+            append_named(out_, names::qmi_errors, static_cast<int64_t>(value));
+        }
+    }
+
+    void put_bytes(const names::Tlv& tlv, const names::Field& field, std::string_view value) {
+        name(tlv, field);
+        if (service_.id == names::vendor_service)
+            good_ = vendor_record(out_, value, type_ == MessageType::request, exchange_) && good_;
+        else if (&field == std::data(names::uim_apdu))
+            command_apdu(out_, value);
+        else if (&field == std::data(names::uim_reply))
+            good_ = reply_apdu(out_, value) && good_;
+        else
+            describe_bytes(out_, value);
+    }
+
+    void memory_field(const names::Tlv& tlv, const names::Field& field, std::string_view record,
+                      size_t base) {
+        if (field.most == 0) {
+            put_number(tlv, field, little_endian(record, base + field.at, field.memory));
+            return;
+        }
+        const uint64_t length =
+            std::min<uint64_t>(little_endian(record, base + field.count_at, 4), field.most);
+        put_bytes(tlv, field, part(record, base + field.at, length));
+    }
+
+    void wire_tlv(const names::Tlv& tlv, std::string_view value) {
+        begin(tlv);
+        size_t at = 0;
+        for (const names::Field& field : tlv.fields)
+            wire_field(tlv, field, value, at);
+        if (tlv.list.name == nullptr)
+            return;
+        const uint64_t count = std::min<uint64_t>(little_endian(value, at, tlv.list.wire), 256);
+        at += tlv.list.wire;
+        for (size_t i = 0; i < count && at < value.size(); ++i) {
+            element(tlv, i);
+            for (const names::Field& field : tlv.list.fields)
+                wire_field(tlv, field, value, at);
+        }
+    }
+
+    void wire_field(const names::Tlv& tlv, const names::Field& field, std::string_view value,
+                    size_t& at) {
+        if (field.most == 0) {
+            put_number(tlv, field, little_endian(value, at, field.wire));
+            at += field.wire;
+            return;
+        }
+        const uint64_t length =
+            field.wire == 0 ? value.size() : little_endian(value, at, field.wire);
+        at += field.wire;
+        put_bytes(tlv, field, part(value, at, length));
+        at += std::min<uint64_t>(length, value.size());
+    }
+
+    std::string& out_;
+    const names::Service& service_;
+    MessageType type_;
+    Exchange& exchange_;
+    bool good_ = true;
+    bool first_ = true;
+    bool named_ = false;
+    bool standard_ = false;
+    bool refused_ = false;
+};
+
+} // namespace
+
+bool describe_message(std::string& out, const names::Service* service, int64_t msg_id,
+                      MessageType type, Layout layout, std::string_view bytes, Exchange& exchange) {
+    out += service != nullptr ? service->name : "service";
+    out += ' ';
+    const names::Message* const message =
+        service != nullptr ? names::message_of(*service, msg_id) : nullptr;
+    if (message == nullptr) {
+        out += "message ";
+        append_number(out, msg_id);
+        out += ": ";
+        describe_bytes(out, bytes);
+        return true;
+    }
+    out.append(message->name).append(": ");
+    const std::span<const names::Tlv> tlvs = type == MessageType::request    ? message->request
+                                             : type == MessageType::response ? message->response
+                                                                             : message->indication;
+    Describer describer(out, *service, type, exchange);
+    if (layout == Layout::wire)
+        describer.wire(tlvs, bytes);
+    else
+        describer.memory(tlvs, bytes);
+    while (!out.empty() && (out.back() == ' ' || out.back() == ':'))
+        out.pop_back();
+    return describer.good();
+}
+
+bool describe_diag(std::string& out, std::string_view packet) {
+    if (packet.empty()) {
+        out += "nothing";
+        return true;
+    }
+    const auto command = static_cast<unsigned char>(packet[0]);
+    append_named(out, names::diag_commands, command);
+    out += ": ";
+    describe_bytes(out, packet);
+    return command != names::diag_bad_command;
+}
+
+} // namespace lab::tape

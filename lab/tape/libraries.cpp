@@ -1,0 +1,31 @@
+#include "libraries.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+#include "find_kvt.h"
+
+namespace lab::tape {
+
+namespace fs = std::filesystem;
+
+std::string find_library(const std::string& name, std::string& error) {
+    std::vector<fs::path> folders;
+    if (const char* const setting = std::getenv("KVT_TAPE_LIBRARIES"))
+        folders.emplace_back(setting);
+    else
+        for (const char* const folder : {KVT_LIBRARY_FOLDERS})
+            folders.push_back(fs::path(own_folder()) / folder);
+    for (const fs::path& folder : folders) {
+        std::error_code failed;
+        const fs::path path = fs::canonical(folder / name, failed);
+        if (!failed)
+            return path.string();
+    }
+    error = (folders.front() / name).lexically_normal().string() +
+            " is not there: build the whole lab, or set KVT_TAPE_LIBRARIES";
+    return "";
+}
+
+} // namespace lab::tape

@@ -1,0 +1,29 @@
+/* What the recorder tells about the program and the phone it runs on, and what it keeps from the
+ * program's children. */
+#pragma once
+
+#include <cstddef>
+
+#include "qmi_idl.h"
+
+namespace program {
+
+/* The build id of the program's file in hex; empty when it has none. */
+void build_id(char* text, size_t size);
+
+/* False where the C library knows no model. No library of the platform is asked. */
+bool phone_model(char (&text)[96]);
+
+/* The platform's service objects by the names that the tape gives them. */
+struct Service {
+    const char* name;
+    const char* symbol;
+    const qmi_idl_service_object* object; /* null: this platform has none */
+};
+using Services = Service[4];
+const Services& services();
+
+/* Takes the recorder's library out of LD_PRELOAD, and KVT_TAPE away; other libraries stay. */
+void keep_from_children(char** environment);
+
+} // namespace program

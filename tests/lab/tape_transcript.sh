@@ -1,0 +1,46 @@
+#!/bin/sh
+# A transcript's commands, recorded and replayed: what they print under the recorder is what the
+# transcript demands, and what they print again without a phone is the same.
+#
+#   tape_transcript.sh BUILD TEST [ARM64]
+#
+# BUILD is the build's folder, TEST a test of transcript_test; ARM64 the build that is recorded and
+# replayed instead, under emulation.
+build=$1 test=$2 arm64=$3
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT
+export KVT_TEST_TAPE="$work/tape" KVT_TEST_BUILD="$build" KVT_TEST_ARM64="$arm64"
+
+cat >"$work/record" <<'END'
+#!/bin/sh
+[ -z "$KVT_TEST_ARM64" ] &&
+    exec "$KVT_TEST_BUILD/bin/kvt-lab" --kvt "$KVT_TEST_BUILD/bin/kvt" record "$KVT_TEST_TAPE" -- "$@"
+behind=${LD_PRELOAD:+:$LD_PRELOAD}
+unset LD_PRELOAD
+exec qemu-aarch64 -L /usr/aarch64-linux-gnu -E KVT_TAPE="$KVT_TEST_TAPE" \
+    -E LD_PRELOAD="$KVT_TEST_ARM64/lib/libkvt_record.so$behind" "$KVT_TEST_ARM64/bin/kvt" "$@" 2>/dev/null
+END
+cat >"$work/replay" <<'END'
+#!/bin/sh
+unset LD_LIBRARY_PATH
+exec qemu-aarch64 -L /usr/aarch64-linux-gnu -E LD_LIBRARY_PATH="$KVT_TEST_ARM64/lib/kvt-replay" \
+    "$KVT_TEST_ARM64/bin/kvt" "$@"
+END
+chmod +x "$work/record" "$work/replay"
+
+KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >"$work/out" 2>&1 || {
+    cat "$work/out"
+    exit 1
+}
+[ -s "$KVT_TEST_TAPE" ] || exit 0 # no command of kvt's in it
+
+replayed=$build/bin/kvt
+[ -n "$arm64" ] && replayed=$work/replay
+KVT_PHONE="$work/none" "$build/bin/kvt-lab" --kvt "$replayed" replay "$KVT_TEST_TAPE" >"$work/out" 2>&1
+status=$?
+grep -v ': same$' "$work/out"
+if [ -e "$work/none" ]; then
+    echo "the simulated phone was there when the tape was replayed"
+    exit 1
+fi
+exit $status
