@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "stats_commands.h"
 #include "phone_test.h"
+#include "stats_commands.h"
 
 namespace {
 

@@ -22,9 +22,7 @@ constexpr const char* eid_hex = "89001000000000000000000001234502";
 
 class UimTest : public PhoneTest {
   protected:
-    UimTest() {
-        put("restart_ms", "30");
-    }
+    UimTest() { put("restart_ms", "30"); }
     ~UimTest() override { uim_qmi_client_recovery(); } /* no client outlives its phone */
 
     void fault(const std::string& rules) { put("faults", rules); }
