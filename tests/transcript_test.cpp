@@ -11,8 +11,10 @@
  * "$? N" demands another exit status than 0. In a Markdown file each block between lines
  * "```console" and "```" is a transcript and they share one phone; only kvt's output counts there.
  *
- * kvt-lab is there when it is built, with kvt or what KVT names; kvt_fake runs the phone's file
- * "fake" with a shell.
+ * README.md's blocks run as they are typed in a clone, with ./kvt and ./kvt-lab and the default phone.
+ * Files that call kvt-lab run where it is built.
+ *
+ * kvt-lab runs kvt, or what KVT names; kvt_fake runs the phone's file "fake" with a shell.
  *
  * With KVT_UPDATE_TRANSCRIPTS set, files are written anew with what the commands print now: read
  * the difference before you believe it. */
@@ -68,11 +70,9 @@ class TranscriptTest : public testing::Test {
         dir_ = name;
         scratch_ = new_scratch_folder();
         fs::create_directories(dir_ / "bin");
-        script("kvt", "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
+        script("kvt", "[ -z \"$KVT_EMULATOR\" ] || export KVT_AT_LIBRARY='" KVT_AT_REDIRECT "'\n"
+                      "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
         script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
-        script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
-                         "LD_PRELOAD='" KVT_AT_REDIRECT "' "
-                         "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
         script("kvt_fake", "exec sh \"$KVT_PHONE/fake\" \"$@\"");
         script("kvt-lab", "exec '" KVT_LAB_PROGRAM "' --kvt \"${KVT:-$(command -v kvt)}\" \"$@\"");
         prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_PHONE='" + phone().string() +
@@ -84,7 +84,15 @@ class TranscriptTest : public testing::Test {
                    " TSAN_OPTIONS=atexit_sleep_ms=0:" + report + "; ";
         run(prefix_ + "kvt 6 0 0 >/dev/null"); /* makes the phone */
         fs::remove(phone() / "log");
-        prefix_ += "cd '" + phone().string() + "' || exit 99; ";
+        if (file_.stem() == "README") { /* as typed in a clone, by somebody who has set nothing */
+            fs::create_directories(dir_ / "clone");
+            fs::copy(dir_ / "bin" / "kvt", dir_ / "clone");
+            fs::copy(dir_ / "bin" / "kvt-lab", dir_ / "clone");
+            prefix_ += "unset KVT_PHONE XDG_STATE_HOME; export HOME='" + scratch_.string() +
+                       "'; cd '" + (dir_ / "clone").string() + "' || exit 99; ";
+        } else {
+            prefix_ += "cd '" + phone().string() + "' || exit 99; ";
+        }
     }
 
     /* A command of that name for the transcripts. KVT_PROGRAM and KVT_EMULATOR in the environment
@@ -169,10 +177,20 @@ class TranscriptTest : public testing::Test {
     std::string prefix_;
 };
 
+/* A command line of it calls kvt-lab. */
+bool needs_lab(const fs::path& file) {
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind("$ ", 0) == 0 && line.find("kvt-lab") != std::string::npos)
+            return true;
+    return false;
+}
+
 void register_files(const char* suite, const fs::path& folder, const std::string& extension) {
     std::vector<fs::path> files;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-        if (entry.path().extension() == extension)
+        if (entry.path().extension() == extension &&
+            (*KVT_LAB_PROGRAM != '\0' || !needs_lab(entry.path())))
             files.push_back(entry.path());
     for (const fs::path& file : files)
         testing::RegisterTest(suite, file.stem().c_str(), nullptr, nullptr, __FILE__, __LINE__,

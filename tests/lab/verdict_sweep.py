@@ -69,7 +69,6 @@ class Sweep:
         with open(options.catalogue, "rb") as file:
             self.rows = tomllib.load(file)["command"]
         self.program("kvt", "LD_PRELOAD='%s' KVT_FASTER=20" % options.preload)
-        self.program("kvt_at", "LD_PRELOAD='%s' KVT_AT_CHANNEL=$KVT_PHONE/at" % options.at_redirect)
 
     def program(self, name, settings):
         path = self.folder / name
@@ -89,7 +88,7 @@ class Sweep:
         """Runs kvt-lab check on a phone of its own: its report, the phone's state and the fault lines."""
         phone = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
         self.make_phone(phone, files)
-        kvt = self.folder / ("kvt_at" if line.startswith("8 ") else "kvt")
+        kvt = self.folder / "kvt"
         run = subprocess.run([self.options.kvt_lab, "--kvt", kvt, "check", "--json", "--yes", *flags, *line.split()],
                              env={**os.environ, "KVT_PHONE": str(phone)}, capture_output=True, timeout=120)
         self.runs += 1
@@ -171,7 +170,7 @@ class Sweep:
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("kvt_lab", "kvt", "catalogue", "preload", "at_redirect"):
+    for name in ("kvt_lab", "kvt", "catalogue", "preload"):
         parser.add_argument(name)
     parser.add_argument("--short", action="store_true")
     parser.add_argument("--jobs", type=int, default=2 * (os.cpu_count() or 1))

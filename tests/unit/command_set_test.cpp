@@ -7,8 +7,8 @@
 
 #include "handlers.h"
 #include "help.h"
-#include "stats_commands.h"
 #include "phone_test.h"
+#include "stats_commands.h"
 
 namespace {
 

@@ -11,7 +11,7 @@ namespace {
 
 int exchanges() {
     const char* const text = std::getenv("KVT_DIAG_EXCHANGES");
-    return text != nullptr ? std::atoi(text) : 1000;
+    return text != nullptr ? std::atoi(text) : 300;
 }
 
 class DiagStressTest : public DiagTest {
@@ -68,6 +68,24 @@ TEST_F(DiagStressTest, AnAnswerIsOfItsOwnCommandOrTheCommandFails) {
     std::fprintf(stderr, "%d answered, %d timed out\n", answered, timed_out);
     EXPECT_GT(answered, 0);
     EXPECT_GT(timed_out, 0);
+}
+
+/* One in each mode: a command is alone from its check to its answer. */
+TEST_F(DiagStressTest, TwoSendersAtOnceGetTheirOwnAnswers) {
+    put("diag/delay_ms", "1");
+    std::vector<std::thread> senders;
+    for (const Mode mode : {callback, dci, callback, dci})
+        senders.emplace_back([mode, number = senders.size()] {
+            for (int i = 0; i < exchanges() / 4; ++i) {
+                const std::string packet = {'\x7B', static_cast<char>(number),
+                                            static_cast<char>(i)};
+                const Sent sent = send_unseen(mode, packet, 3000, 10'240);
+                EXPECT_EQ(sent.result, 0);
+                EXPECT_THAT(sent.reply, testing::EndsWith(packet));
+            }
+        });
+    for (std::thread& sender : senders)
+        sender.join();
 }
 
 /* Callbacks still run when the library is down, answers come twice and in full chunks, and workers

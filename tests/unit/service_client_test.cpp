@@ -221,6 +221,7 @@ TEST_F(ServiceClientTest, InitOfALiveClientLeavesNothingBehind) {
 /* ---- who waits for whom ---- */
 
 TEST_F(ServiceClientTest, ReleaseWaitsForACallbackUnderWay) {
+    put("restart_ms", "100000");
     static std::atomic<int> stage;
     stage = 0;
     statuses().clear([](int32_t status) {

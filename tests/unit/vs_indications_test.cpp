@@ -5,6 +5,7 @@
 #include <mutex>
 #include <thread>
 
+#include "eventually.h"
 #include "modem_api.h"
 #include "phone_test.h"
 
@@ -138,8 +139,8 @@ TEST_F(VsIndicationsTest, WithoutAHandlerNothingIsDecoded) {
     put("ind/vs.0x0601", bytes({1, 1, 0, 1}));
     vs_init();
     ASSERT_EQ(vs_client_init(nullptr), 1);
-    while (logged({"vs_client_unsol_ind_cb: function entry"}) == 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(eventually([&] { return logged({"vs_client_unsol_ind_cb: function entry"}) == 1; }))
+        << "the indication does not come";
     EXPECT_EQ(logged({"call qmi_client_message_decode"}), 0);
 }
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "bytes.h"
+#include "common_records.h"
 #include "cutils_properties.h"
 #include "handlers.h"
 #include "help.h"

@@ -11,6 +11,7 @@
 #include "dispatch.h"
 #include "handlers.h"
 #include "orvik_extend_cmn.h"
+#include "orvik_extend_idl.h"
 #include "orvik_extend_nvefs.h"
 #include "print_data.h"
 #include "usage.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <cstdint>
 #include <mutex>
 
 #include "modem_api.h"

@@ -1,7 +1,11 @@
 /* The modem API's life and its clients. */
 #include "modem_api.h"
 
+#include <array>
 #include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <tuple>
 #include <utility>
 
 #include <unistd.h>

@@ -12,7 +12,6 @@
  * refused. */
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "qmi_common.h"

@@ -1,6 +1,8 @@
 /* The modem API's operations and its asynchronous responses. */
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <mutex>
 
 #include "client_table.h"
 #include "nas_client.h"

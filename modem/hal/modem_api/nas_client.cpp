@@ -19,25 +19,24 @@ void bind(qmi_client_type handle, uint32_t subscription) {
 void nas_0_client_bind(qmi_client_type handle) { bind(handle, 0); }
 void nas_1_client_bind(qmi_client_type handle) { bind(handle, 1); }
 
-int nas_client_register_indications(int (*send)(uint32_t msg_id, void* req, uint32_t req_len,
-                                                void* resp, uint32_t resp_len),
-                                    nas_response_v01& resp) {
+int nas_client_register_indications(client_send_msg_sync send, nas_response_v01& resp) {
     nas_indication_register_req_v01 req{};
     req.choices[QMI_NAS_CHOICE_SERVING_SYSTEM].valid = 1;
     resp = {};
     return send(QMI_NAS_INDICATION_REGISTER, &req, sizeof req, &resp, sizeof resp);
 }
 
-int nas_0_client_set_networking_indications() {
+static int set_networking_indications(const char* function, client_send_msg_sync send) {
     nas_response_v01 resp{};
-    const int result = nas_client_register_indications(nas_0_client_send_msg_sync, resp);
-    RAVEX_LOG("enable_indication result: %d", result);
+    const int result = nas_client_register_indications(send, resp);
+    ravex_log_line(RAVEX_LOG_DEFAULT, function, "enable_indication result: %d", result);
     return result;
 }
 
+int nas_0_client_set_networking_indications() {
+    return set_networking_indications(__func__, nas_0_client_send_msg_sync);
+}
+
 int nas_1_client_set_networking_indications() {
-    nas_response_v01 resp{};
-    const int result = nas_client_register_indications(nas_1_client_send_msg_sync, resp);
-    RAVEX_LOG("enable_indication result: %d", result);
-    return result;
+    return set_networking_indications(__func__, nas_1_client_send_msg_sync);
 }

@@ -1,10 +1,9 @@
 /* What the NAS clients do beyond the service client. */
 #pragma once
 
-#include <cstdint>
-
 #include "qmi_cci.h"
 #include "qmi_nas.h"
+#include "service_client.h"
 
 /* Bind a client to the first (0) or second (1) subscription. The request goes out after every
  * connection attempt; after a failed one handle is null, and the framework refuses it. */
@@ -13,6 +12,4 @@ void nas_1_client_bind(qmi_client_type handle);
 
 /* Asks for the serving-system indication by the client's synchronous send. Returns the framework's
  * result; resp is cleared first. */
-int nas_client_register_indications(int (*send)(uint32_t msg_id, void* req, uint32_t req_len,
-                                                void* resp, uint32_t resp_len),
-                                    nas_response_v01& resp);
+int nas_client_register_indications(client_send_msg_sync send, nas_response_v01& resp);

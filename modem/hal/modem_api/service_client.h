@@ -98,12 +98,10 @@ bool service_client_handler_runs_here(uint32_t kind);
 
 /* One exchange, 30000 ms at most. Returns the framework's result; -18 while there is no connection.
  * req and resp are the message's C structures. */
-int vs_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                            uint32_t resp_len);
-int nas_0_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                               uint32_t resp_len);
-int nas_1_client_send_msg_sync(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
-                               uint32_t resp_len);
+using client_send_msg_sync = int(uint32_t msg_id, void* req, uint32_t req_len, void* resp,
+                                 uint32_t resp_len);
+client_send_msg_sync vs_client_send_msg_sync, nas_0_client_send_msg_sync,
+    nas_1_client_send_msg_sync;
 
 /* Asks for the serving-system indication; part of connecting. Returns the framework's result. */
 int nas_0_client_set_networking_indications();

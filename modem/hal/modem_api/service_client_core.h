@@ -2,8 +2,10 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 
+#include "qmi_cci.h"
 #include "ravex_log.h"
 #include "service_client.h"
 

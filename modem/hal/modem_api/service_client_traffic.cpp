@@ -1,5 +1,4 @@
 /* Requests and indications: the users of a client's handle. */
-#include "log_lines.h"
 #include "service_client_core.h"
 #include "traced_alloc.h"
 

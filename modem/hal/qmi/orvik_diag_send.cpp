@@ -1,3 +1,5 @@
+/* The DIAG engine. Log lines show this source's name, so both modes stay here, however long it
+ * grows. */
 #include "orvik_diag_send.h"
 
 #include <algorithm>
@@ -8,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <new>

@@ -1,3 +1,5 @@
+/* All QMI clients but the modem API's. Log lines show this source's name, so they stay here
+ * together, however long it grows. */
 #include "orvik_extend_cmn.h"
 
 #include <algorithm>
@@ -183,14 +185,12 @@ int32_t orvik_extend_qmi_send_sync(uint32_t id, const uint8_t* data, int32_t len
     return result;
 }
 
-template <typename Record>
 static void handle_other_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
-                             unsigned buf_len) {
-    Record record{};
-    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, &record,
-                              sizeof record);
+                             unsigned buf_len, unsigned size) {
+    alignas(uint64_t) uint8_t record[sizeof(orvik_extend_ind_06)] = {}; /* the largest */
+    qmi_client_message_decode(handle, QMI_IDL_INDICATION, msg_id, buf, buf_len, record, size);
     if (g_other_ind_handler != nullptr)
-        g_other_ind_handler(msg_id, &record, sizeof record);
+        g_other_ind_handler(msg_id, record, size);
 }
 
 static void handle_common_ind(qmi_client_type handle, unsigned msg_id, const void* buf,
@@ -218,13 +218,13 @@ void orvik_extend_qmi_ind_cb(qmi_client_type handle, unsigned int msg_id, void* 
     case ORVIK_EXTEND_IND_COMMON:
         return handle_common_ind(handle, msg_id, buf, buf_len);
     case ORVIK_EXTEND_IND_05:
-        return handle_other_ind<orvik_extend_ind_05>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_05));
     case ORVIK_EXTEND_IND_06:
-        return handle_other_ind<orvik_extend_ind_06>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_06));
     case ORVIK_EXTEND_IND_07:
-        return handle_other_ind<orvik_extend_pair>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_pair));
     case ORVIK_EXTEND_IND_08:
-        return handle_other_ind<orvik_extend_ind_08>(handle, msg_id, buf, buf_len);
+        return handle_other_ind(handle, msg_id, buf, buf_len, sizeof(orvik_extend_ind_08));
     default:
         return;
     }

@@ -112,7 +112,7 @@ constexpr qmi_idl_service_message_table_entry indications[] = {
     {ORVIK_EXTEND_IND_05, msg_ind_05, 1137},
     {ORVIK_EXTEND_IND_06, msg_ind_06, 1227},
     {ORVIK_EXTEND_IND_07, msg_pair, 14},
-    /* The service states 34, although its TLVs add up to 41 bytes (see below). */
+    /* The service states 34, although the TLVs add up to more, see below. */
     {ORVIK_EXTEND_IND_08, msg_ind_08, 34},
 };
 
