@@ -70,11 +70,9 @@ class TranscriptTest : public testing::Test {
         dir_ = name;
         scratch_ = new_scratch_folder();
         fs::create_directories(dir_ / "bin");
-        script("kvt", "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
+        script("kvt", "[ -z \"$KVT_EMULATOR\" ] || export KVT_AT_LIBRARY='" KVT_AT_REDIRECT "'\n"
+                      "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
         script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
-        script("kvt_at", "export KVT_AT_CHANNEL=${KVT_AT_CHANNEL:-$KVT_PHONE/at} "
-                         "LD_PRELOAD='" KVT_AT_REDIRECT "' "
-                         "ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0; exec kvt \"$@\"");
         script("kvt_fake", "exec sh \"$KVT_PHONE/fake\" \"$@\"");
         script("kvt-lab", "exec '" KVT_LAB_PROGRAM "' --kvt \"${KVT:-$(command -v kvt)}\" \"$@\"");
         prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_PHONE='" + phone().string() +

@@ -1,9 +1,14 @@
 #include "modem/stats_debug_info.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <iterator>
 #include <optional>
+#include <span>
+#include <sstream>
 #include <string>
 
+#include "modem/named_values.h"
 #include "phone/complaint.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
@@ -44,10 +49,8 @@ enum class Kind {
     bad_logs, /* grows while there are logs that can't be parsed */
 };
 
-/* A field, little-endian; there from a layout version on. */
-struct Field {
-    uint64_t since;
-    size_t width;
+/* What a field of the debug information tells. */
+struct Value {
     Kind kind;
     uint64_t number;
 };
@@ -55,51 +58,96 @@ struct Field {
 using enum Kind;
 
 // clang-format off
-constexpr Field fields[] = {
-    /* main: feature enabled; unknown record versions; commands done and failed */
-    {0, 1, enabled, 0}, {0, 8, bad_logs, 1}, {0, 8, counter, 7}, {0, 8, fixed, 0},
+constexpr Value main_values[] = {
+    /* feature enabled; unknown record versions; commands done and failed */
+    {enabled, 0}, {bad_logs, 1}, {counter, 7}, {fixed, 0},
     /* heap in use, most ever and now; commands queued and free */
-    {2, 8, fixed, 4096}, {2, 8, fixed, 1536}, {2, 4, fixed, 0}, {2, 4, fixed, 16},
+    {fixed, 4096}, {fixed, 1536}, {fixed, 0}, {fixed, 16},
     /* log masks */
-    {4, 4, fixed, 0x0F}, {4, 4, fixed, 0x03},
+    {fixed, 0x0F}, {fixed, 0x03},
+};
 
-    /* diag: state; events listened to, state, calls, parsed */
-    {0, 1, enabled, 0}, {0, 4, fixed, 5}, {0, 1, enabled, 0}, {0, 4, counter, 3}, {0, 4, counter, 3},
+constexpr Value diag_values[] = {
+    /* state; events listened to, state, calls, parsed */
+    {enabled, 0}, {fixed, 5}, {enabled, 0}, {counter, 3}, {counter, 3},
     /* logs listened to, state, calls, parsed; polls, parsed */
-    {0, 4, fixed, 12}, {0, 1, enabled, 0}, {0, 8, counter, 41}, {0, 8, counter, 40},
-    {0, 4, counter, 2}, {0, 4, counter, 2},
+    {fixed, 12}, {enabled, 0}, {counter, 41}, {counter, 40},
+    {counter, 2}, {counter, 2},
     /* event and log callbacks; invalid cells of 4G and 5G */
-    {1, 8, counter, 3}, {1, 8, counter, 41}, {1, 4, fixed, 1}, {1, 4, fixed, 0},
+    {counter, 3}, {counter, 41}, {fixed, 1}, {fixed, 0},
     /* longest durations of event, log, work in ms; debug calls, parsed */
-    {2, 4, fixed, 2}, {2, 4, fixed, 6}, {2, 4, fixed, 9}, {2, 4, counter, 1}, {2, 4, counter, 1},
+    {fixed, 2}, {fixed, 6}, {fixed, 9}, {counter, 1}, {counter, 1},
     /* customer events, parsed */
-    {3, 4, counter, 1}, {3, 4, counter, 1},
+    {counter, 1}, {counter, 1},
+};
 
-    /* cm: states; calls and parsed of call, subscription, supplementary-service, statistics events */
-    {0, 1, enabled, 0}, {0, 1, enabled, 0}, {0, 4, counter, 1}, {0, 4, counter, 1},
-    {0, 4, counter, 2}, {0, 4, counter, 2}, {0, 4, counter, 11}, {0, 4, counter, 11},
-    {0, 4, counter, 5}, {0, 4, counter, 5},
+constexpr Value cm_values[] = {
+    /* states; calls and parsed of call, subscription, supplementary-service, statistics events */
+    {enabled, 0}, {enabled, 0}, {counter, 1}, {counter, 1},
+    {counter, 2}, {counter, 2}, {counter, 11}, {counter, 11},
+    {counter, 5}, {counter, 5},
     /* polls of rf, 4G, 5G and parsed */
-    {0, 4, counter, 10}, {0, 4, counter, 10}, {0, 4, counter, 8}, {0, 4, counter, 8},
-    {0, 4, counter, 6}, {0, 4, counter, 6},
+    {counter, 10}, {counter, 10}, {counter, 8}, {counter, 8},
+    {counter, 6}, {counter, 6},
+};
 
-    /* uim: states; events, parsed */
-    {0, 1, enabled, 0}, {0, 1, enabled, 0}, {0, 4, counter, 1}, {0, 4, counter, 1},
+constexpr Value uim_values[] = {
+    /* states; events, parsed */
+    {enabled, 0}, {enabled, 0}, {counter, 1}, {counter, 1},
 };
 // clang-format on
 
-uint64_t value(const Field& field, const State& state) {
-    switch (field.kind) {
+/* By block, in the order of vs_records::debug_blocks. */
+constexpr std::span<const Value> values[] = {main_values, diag_values, cm_values, uim_values};
+
+constexpr bool each_field_has_a_value() {
+    for (size_t i = 0; i < std::size(values); ++i)
+        if (values[i].size() != vs_records::debug_blocks[i].fields.size())
+            return false;
+    return std::size(values) == std::size(vs_records::debug_blocks);
+}
+static_assert(each_field_has_a_value());
+
+uint64_t number_of(const Value& value, const State& state) {
+    switch (value.kind) {
     case fixed:
-        return field.number;
+        return value.number;
     case counter:
-        return field.number * state.queries;
+        return value.number * state.queries;
     case enabled:
         return state.enabled;
     case bad_logs:
-        return field.number * state.bad_logs * state.queries;
+        return value.number * state.bad_logs * state.queries;
     }
     return 0;
+}
+
+/* Each line behind a newline and "# ". */
+std::string commented(const std::string& text) {
+    std::string all;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        all += "\n# " + line;
+    return all;
+}
+
+/* A block as the modem counts, but for the values that its text names. */
+Bytes block(size_t index, const State& state) {
+    const vs_records::Record& record = vs_records::debug_blocks[index];
+    const auto version = static_cast<unsigned>(state.version);
+    Bytes bytes;
+    for (size_t i = 0; i < record.fields.size(); ++i)
+        if (record.fields[i].since <= version)
+            put_le(bytes, number_of(values[index][i], state),
+                   vs_records::width(record.fields[i].kind));
+    const std::string name = std::string("stats_debug/") + record.name + ".txt";
+    const std::optional<Bytes> text = read_file(name);
+    if (text)
+        apply_text(name, std::string(text->begin(), text->end()), record, version, bytes);
+    else if (errno == ENOENT)
+        note_text(name, "# A value without # in front counts instead of the modem's own." +
+                            commented(text_of_record(record, version, bytes)));
+    return bytes;
 }
 
 } // namespace
@@ -118,9 +166,10 @@ int32_t stats_debug_info(ByteView, Bytes& reply) {
         return 0;
     }
     put_le(reply, state.version, 1);
-    for (const Field& field : fields)
-        if (state.version >= field.since)
-            put_le(reply, value(field, state), field.width);
+    for (size_t i = 0; i < std::size(values); ++i) {
+        const Bytes bytes = block(i, state);
+        reply.insert(reply.end(), bytes.begin(), bytes.end());
+    }
     return 0;
 }
 

@@ -3,6 +3,11 @@
 #include <bit>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "modem/named_values.h"
+#include "phone/complaint.h"
 #include "phone/phone.h"
 
 namespace simphone {
@@ -11,6 +16,7 @@ namespace {
 
 constexpr uint32_t subscriptions = 2;
 constexpr int antennas = 4;
+constexpr unsigned any_version = 255; /* items have one layout */
 
 void put_float(Bytes& out, double value) {
     put_le(out, std::bit_cast<uint32_t>(static_cast<float>(value)), 4);
@@ -91,17 +97,64 @@ std::optional<Bytes> default_item(uint32_t sub, uint32_t id) {
     }
 }
 
+const vs_records::Record* find_record(uint32_t id) {
+    for (const vs_records::Record& record : vs_records::items)
+        if (record.id == id)
+            return &record;
+    return nullptr;
+}
+
+/* When the file was written; nothing when it is missing. */
+std::optional<timespec> written(const std::string& name) {
+    struct stat info {};
+    return ::stat((root() / name).c_str(), &info) == 0 ? std::optional(info.st_mtim) : std::nullopt;
+}
+
+int64_t nanoseconds(const timespec& time) {
+    return time.tv_sec * INT64_C(1000000000) + time.tv_nsec;
+}
+
+/* Renews the text beside the bytes. As old as they are, it does not count until it is changed. */
+void renew_text(const std::string& text_name, const std::string& name,
+                const vs_records::Record& record, ByteView bytes) {
+    const std::optional<timespec> time = written(name);
+    if (!time)
+        return;
+    std::string text = text_of_record(record, any_version, bytes);
+    text.resize(text.empty() ? 0 : text.size() - 1); /* note_text ends the last line */
+    note_text(text_name, text);
+    const timespec both[] = {*time, *time};
+    ::utimensat(AT_FDCWD, (root() / text_name).c_str(), both, 0);
+}
+
 } // namespace
 
 std::optional<Bytes> stats_item(uint32_t sub, uint32_t id) {
     if (sub >= subscriptions)
         return std::nullopt;
     const std::string name = "stats/" + std::to_string(sub) + "." + std::to_string(id);
-    if (std::optional<Bytes> bytes = read_file(name))
-        return bytes;
-    std::optional<Bytes> bytes = default_item(sub, id);
-    if (bytes)
-        write_file(name, *bytes);
+    const std::string text_name = name + ".txt";
+    const vs_records::Record* const record = find_record(id);
+    const std::optional<timespec> bytes_time = written(name), text_time = written(text_name);
+    std::optional<Bytes> bytes = read_file(name);
+    if (text_time && record == nullptr)
+        complain(text_name, 0, "nothing is known of what this item holds, so only bytes count");
+    if (text_time && record != nullptr &&
+        (!bytes_time || nanoseconds(*text_time) > nanoseconds(*bytes_time))) {
+        Bytes values = bytes ? *bytes : default_item(sub, id).value_or(Bytes());
+        if (const std::optional<Bytes> text = read_file(text_name))
+            apply_text(text_name, std::string(text->begin(), text->end()), *record, any_version,
+                       values);
+        return values;
+    }
+    if (!bytes) {
+        bytes = default_item(sub, id);
+        if (bytes)
+            write_file(name, *bytes);
+    }
+    if (bytes && record != nullptr &&
+        (!text_time || !bytes_time || nanoseconds(*text_time) < nanoseconds(*bytes_time)))
+        renew_text(text_name, name, *record, *bytes);
     return bytes;
 }
 

@@ -66,6 +66,8 @@ constexpr const char* calls[] = {
     "diag_release_dci_client",
     "property_get",
     "property_set",
+    "at_open",
+    "at_command",
 };
 
 struct Rule {

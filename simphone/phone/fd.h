@@ -14,6 +14,7 @@ class Fd {
     /* Opens without waiting: a pipe of that name holds nobody up. */
     Fd(const std::filesystem::path& path, int flags, mode_t mode = 0666)
         : fd_(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, mode)) {}
+    explicit Fd(int fd) : fd_(fd) {}
     ~Fd() {
         if (fd_ >= 0)
             ::close(fd_);

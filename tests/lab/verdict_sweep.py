@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Verdicts that never lie, shown by making everything go wrong.
 
-    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD AT_REDIRECT [--short] [--jobs N]
+    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD [--short] [--jobs N]
 
 Unspoilt: every row's example is ok, or becomes so with --verify; rows where nothing tells stay not told.
 Refused: on a modem that refuses everything, in each of the ways it can, no row is ok.
@@ -34,7 +34,7 @@ NOTHING_TELLS = ["10", "11 1", "11 2", "11 3", "6", "8"]
 
 # What is not what a command is for: restarts that were the fault, defaults that are made when they are first
 # asked for, and the switch that group 9 sets before it asks for statistics.
-ASIDE = re.compile(r"log|faults|\.lock|restart$|diag/|features/")
+ASIDE = re.compile(r"log|faults|\.lock|restart$|at/|diag/|features/")
 
 # What a DIAG packet is answered with is shown as it comes, right or wrong: only its first byte is known.
 AS_IT_COMES = re.compile(r"diag_\w*send\w*:\S* (short|long|garbage)$")
@@ -69,7 +69,6 @@ class Sweep:
         with open(options.catalogue, "rb") as file:
             self.rows = tomllib.load(file)["command"]
         self.program("kvt", "LD_PRELOAD='%s' KVT_FASTER=20" % options.preload)
-        self.program("kvt_at", "LD_PRELOAD='%s' KVT_AT_CHANNEL=$KVT_PHONE/at" % options.at_redirect)
 
     def program(self, name, settings):
         path = self.folder / name
@@ -89,7 +88,7 @@ class Sweep:
         """Runs kvt-lab check on a phone of its own: its report, the phone's state and the fault lines."""
         phone = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
         self.make_phone(phone, files)
-        kvt = self.folder / ("kvt_at" if line.startswith("8 ") else "kvt")
+        kvt = self.folder / "kvt"
         run = subprocess.run([self.options.kvt_lab, "--kvt", kvt, "check", "--json", "--yes", *flags, *line.split()],
                              env={**os.environ, "KVT_PHONE": str(phone)}, capture_output=True, timeout=120)
         self.runs += 1
@@ -171,7 +170,7 @@ class Sweep:
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("kvt_lab", "kvt", "catalogue", "preload", "at_redirect"):
+    for name in ("kvt_lab", "kvt", "catalogue", "preload"):
         parser.add_argument(name)
     parser.add_argument("--short", action="store_true")
     parser.add_argument("--jobs", type=int, default=2 * (os.cpu_count() or 1))
