@@ -8,6 +8,7 @@
 #include "kvt_version.h"
 #include "pages/pages.h"
 #include "verbs.h"
+#include "workbench/phone.h"
 
 namespace {
 
@@ -69,6 +70,27 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
         ->check(CLI::PositiveNumber);
     takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
     chosen = [&] { return check(common, options); };
+}
+
+void read_doctor(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DoctorOptions& options = kept<DoctorOptions>();
+    app.add_flag("--json", options.json, "for a machine");
+    app.add_flag("--services", options.services, "also look the modem's services up");
+    chosen = [&] { return doctor(common, options); };
+}
+
+void read_deploy(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DeployOptions& options = kept<DeployOptions>();
+    app.add_option("--from", options.from, "folder of a phone build")->type_name("FOLDER");
+    chosen = [&] { return deploy(common, options); };
+}
+
+void read_pull(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PullOptions& options = kept<PullOptions>();
+    app.add_option("--to", options.to, "folder that gets them (the current one)")
+        ->type_name("FOLDER");
+    app.add_option("TAPE", options.tapes, "names; all of them when left out");
+    chosen = [&] { return pull(common, options); };
 }
 
 void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
@@ -148,6 +170,31 @@ void read_show(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return show(common, options); };
 }
 
+/* One more level: an action, and what it takes. */
+void read_phone(CLI::App& app, const Common&, std::function<int()>& chosen) {
+    workbench::Options& options = kept<workbench::Options>();
+    app.require_subcommand(1);
+    for (const workbench::Action& action : workbench::actions) {
+        CLI::App& sub = *app.add_subcommand(action.name, action.meaning);
+        if (*action.words != '\0')
+            sub.add_option(action.words, options.words, action.words_meaning);
+        sub.callback([&] {
+            options.words.insert(options.words.end(), g_behind_mark.begin(), g_behind_mark.end());
+            chosen = [&] { return action.run(options); };
+        });
+    }
+    app.get_subcommand("new")
+        ->add_option("--from", options.from, "what it is like: a scenario's name or file")
+        ->type_name("SCENARIO");
+    app.get_subcommand("set")->add_flag("--list", options.list, "every name, unit and range");
+    app.get_subcommand("set")
+        ->add_option("--sub", options.sub, "subscription of a level (0)")
+        ->type_name("SUB")
+        ->check(CLI::Range(0, 1));
+    app.get_subcommand("fault")->add_flag("--clear", options.clear, "remove the rules there are");
+    app.get_subcommand("log")->add_flag("-f", options.follow, "and what is added, until Ctrl-C");
+}
+
 void read_twin(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     TwinOptions& options = kept<TwinOptions>();
     app.add_option("TAPE", options.tape, "the recorded runs")->required();
@@ -168,9 +215,13 @@ constexpr Verb verbs[] = {
     {"plan", "run the steps of a file, and undo what they set", read_plan},
     {"watch", "show levels as they move, and keep them as CSV or picture", read_watch},
     {"run", "run kvt as it is", read_run},
+    {"doctor", "hold a phone against what kvt needs", read_doctor},
+    {"deploy", "put kvt, kvt-doctor and the recorder on a phone", read_deploy},
+    {"pull", "get tapes from a phone", read_pull},
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
+    {"phone", "set up and look at the simulated phone", read_phone},
     {"twin", "make a simulated phone from a tape", read_twin},
     {"redact", "take what is private out of a tape", read_redact},
     {"pages", "renew the pages that are made from the catalogue", read_pages},
@@ -186,10 +237,13 @@ int main(int argc, char** argv) {
     Common common;
     app.add_option("--kvt", common.kvt,
                    "path of kvt (otherwise KVT_PROGRAM, beside kvt-lab, PATH)");
+    app.add_option("--on", common.on, "phone to run on, by serial number, or \"usb\"")
+        ->envname("KVT_ON");
     std::function<int()> actions[std::size(verbs)];
     CLI::App* apps[std::size(verbs)];
     for (size_t i = 0; i < std::size(verbs); ++i) {
         apps[i] = app.add_subcommand(verbs[i].name, verbs[i].meaning);
+        apps[i]->fallthrough(); /* the options above may stand behind the verb too */
         verbs[i].read(*apps[i], common, actions[i]);
     }
     const auto mark = std::find_if(argv, argv + argc,
