@@ -83,6 +83,8 @@ class TapePage {
             page_.line();
             break;
         case Event::printed:
+        case Event::slept:
+        case Event::locked:
         case Event::done:
             break;
         }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Verdicts that never lie, shown by making everything go wrong.
 
-    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD AT_REDIRECT [--short] [--jobs N]
+    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD [--short] [--jobs N]
 
 Unspoilt: every row's example is ok, or becomes so with --verify; rows where nothing tells stay not told.
 Refused: on a modem that refuses everything, in each of the ways it can, no row is ok.
@@ -23,6 +23,9 @@ import sys
 import tempfile
 import tomllib
 
+# Phones come and go by the hundred: a file system on a disk avoids places that were freed a moment ago.
+MEMORY = "/dev/shm" if os.path.isdir("/dev/shm") else None
+
 FAILURES = ["error -16", "garbage", "timeout", "restart", "error -1", "gone", "empty", "short", "long", "late 30"]
 
 # Further forms of commands, whose calls differ from those of the row's example.
@@ -34,7 +37,7 @@ NOTHING_TELLS = ["10", "11 1", "11 2", "11 3", "6", "8"]
 
 # What is not what a command is for: restarts that were the fault, defaults that are made when they are first
 # asked for, and the switch that group 9 sets before it asks for statistics.
-ASIDE = re.compile(r"log|faults|\.lock|restart$|diag/|features/")
+ASIDE = re.compile(r"log|faults|\.lock|restart$|at/|diag/|features/")
 
 # What a DIAG packet is answered with is shown as it comes, right or wrong: only its first byte is known.
 AS_IT_COMES = re.compile(r"diag_\w*send\w*:\S* (short|long|garbage)$")
@@ -86,7 +89,7 @@ class Sweep:
 
     def check(self, line, files, *flags):
         """Runs kvt-lab check on a phone of its own: its report, the phone's state and the fault lines."""
-        phone = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        phone = pathlib.Path(tempfile.mkdtemp(prefix="kvt-verdicts-", dir=MEMORY))
         self.make_phone(phone, files)
         kvt = self.folder / "kvt"
         run = subprocess.run([self.options.kvt_lab, "--kvt", kvt, "check", "--json", "--yes", *flags, *line.split()],
@@ -173,7 +176,7 @@ def main():
     for name in ("kvt_lab", "kvt", "catalogue", "preload"):
         parser.add_argument(name)
     parser.add_argument("--short", action="store_true")
-    parser.add_argument("--jobs", type=int, default=2 * (os.cpu_count() or 1))
+    parser.add_argument("--jobs", type=int, default=4 * (os.cpu_count() or 1))
     return Sweep(parser.parse_args()).run()
 
 

@@ -59,11 +59,6 @@ TEST_F(LogLinesTest, ALineLeavesErrnoAndTakesItsArgumentsOnce) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST_F(LogLinesTest, BaseNameIsWhatFollowsTheLastSlash) {
-    EXPECT_STREQ(orvik_base_name("modem/hal/x.cpp"), "x.cpp");
-    EXPECT_STREQ(orvik_base_name("x.cpp"), "x.cpp");
-}
-
 TEST_F(LogLinesTest, FrameworkLogMapsLevelsAndCutsLines) {
     for (const int level : {2, 16, 3, 4, 5, 7})
         ravex_log_msg_to_adb(level, ("level" + std::to_string(level)).c_str());

@@ -49,21 +49,4 @@ TEST_F(StatsDebugInfoTest, NoData) {
               "orvik_modem_stats_support_status_check, ptr is null\n");
 }
 
-TEST_F(StatsDebugInfoTest, LogCodesGoRoundAt256Bytes) {
-    std::string codes;
-    for (int code = 0; code < 300; ++code)
-        codes += std::to_string(code % 10) + "00 "; /* 0x000, 0x100, ... 0x900 */
-    put("stats_debug/log_codes", codes);
-    const std::string text = printed([] { orvik_test_modem_stats_get_debug_info_do(0); });
-    EXPECT_NE(text.find("UNPK[size:2], log_num = 300\n"), std::string::npos);
-    EXPECT_NE(text.find("Diag logs to be upgraded[num:300]:\nlog_id[0]: 0x0000\n"),
-              std::string::npos);
-    EXPECT_NE(text.find("log_id[126]: 0x0600\n"), std::string::npos);
-    /* 127 is the count itself, 128 the first code again. */
-    EXPECT_NE(text.find("log_id[127]: 0x012C\nlog_id[128]: 0x0000\nlog_id[129]: 0x0100\n"),
-              std::string::npos);
-    EXPECT_NE(text.find("log_id[255]: 0x012C\nlog_id[256]: 0x0000\n"), std::string::npos);
-    EXPECT_EQ(text.substr(text.size() - 20), "log_id[299]: 0x0300\n");
-}
-
 } // namespace
