@@ -38,10 +38,16 @@ class PhoneTest : public testing::Test {
     }
 
   protected:
-    PhoneTest() { std::filesystem::remove_all(phone()); }
+    /* One name for the phones of all tests, since the environment must not change under threads that
+     * read it; what it leads to is new each time. */
+    PhoneTest() {
+        static int tests = 0;
+        const std::filesystem::path next = folder().path / "next";
+        std::filesystem::create_directory(folder().path / std::to_string(++tests));
+        std::filesystem::create_directory_symlink(std::to_string(tests), next);
+        std::filesystem::rename(next, phone());
+    }
 
-    /* The same place in every test: the environment is set before there are threads that read it.
-     */
     static std::filesystem::path phone() { return folder().path / "phone"; }
 
     void put(const std::filesystem::path& name, const std::string& bytes) {
