@@ -8,6 +8,7 @@
 #include "kvt_version.h"
 #include "pages/pages.h"
 #include "verbs.h"
+#include "workbench/phone.h"
 
 namespace {
 
@@ -116,24 +117,31 @@ void read_watch(CLI::App& app, const Common& common, std::function<int()>& chose
     chosen = [&] { return watch(common, options); };
 }
 
+/* What a person is told of a verb, or of an action of it, under that name. */
+VerbText verb_text(const CLI::App& verb, const std::string& name) {
+    const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
+    VerbText text{name, "", verb.get_description(), {}};
+    for (const CLI::Option* const option : verb.get_options(not_help)) {
+        std::string type = option->get_items_expected_max() > 0 ? option->get_type_name() : "";
+        type.erase(std::min(type.find(':'), type.size())); /* what it checks */
+        if (option->get_positional())
+            text.usage += (text.usage.empty() ? "" : " ") + option->get_name();
+        else
+            text.options.push_back(
+                {option->get_name() + (type.empty() ? "" : " " + type), option->get_description()});
+    }
+    return text;
+}
+
 /* The verbs and options that a person is shown. */
 std::vector<VerbText> verb_texts(const CLI::App& all) {
-    const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
     std::vector<VerbText> verbs;
     for (const CLI::App* const verb : all.get_subcommands(nullptr)) {
         if (verb->get_group().empty())
             continue;
-        VerbText text{verb->get_name(), "", verb->get_description(), {}};
-        for (const CLI::Option* const option : verb->get_options(not_help)) {
-            std::string type = option->get_items_expected_max() > 0 ? option->get_type_name() : "";
-            type.erase(std::min(type.find(':'), type.size())); /* what it checks */
-            if (option->get_positional())
-                text.usage += (text.usage.empty() ? "" : " ") + option->get_name();
-            else
-                text.options.push_back({option->get_name() + (type.empty() ? "" : " " + type),
-                                        option->get_description()});
-        }
-        verbs.push_back(std::move(text));
+        verbs.push_back(verb_text(*verb, verb->get_name()));
+        for (const CLI::App* const action : verb->get_subcommands(nullptr))
+            verbs.push_back(verb_text(*action, verb->get_name() + " " + action->get_name()));
     }
     return verbs;
 }
@@ -169,6 +177,31 @@ void read_show(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return show(common, options); };
 }
 
+/* One more level: an action, and what it takes. */
+void read_phone(CLI::App& app, const Common&, std::function<int()>& chosen) {
+    workbench::Options& options = kept<workbench::Options>();
+    app.require_subcommand(1);
+    for (const workbench::Action& action : workbench::actions) {
+        CLI::App& sub = *app.add_subcommand(action.name, action.meaning);
+        if (*action.words != '\0')
+            sub.add_option(action.words, options.words, action.words_meaning);
+        sub.callback([&] {
+            options.words.insert(options.words.end(), g_behind_mark.begin(), g_behind_mark.end());
+            chosen = [&] { return action.run(options); };
+        });
+    }
+    app.get_subcommand("new")
+        ->add_option("--from", options.from, "what it is like: a scenario's name or file")
+        ->type_name("SCENARIO");
+    app.get_subcommand("set")->add_flag("--list", options.list, "every name, unit and range");
+    app.get_subcommand("set")
+        ->add_option("--sub", options.sub, "subscription of a level (0)")
+        ->type_name("SUB")
+        ->check(CLI::Range(0, 1));
+    app.get_subcommand("fault")->add_flag("--clear", options.clear, "remove the rules there are");
+    app.get_subcommand("log")->add_flag("-f", options.follow, "and what is added, until Ctrl-C");
+}
+
 void read_twin(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     TwinOptions& options = kept<TwinOptions>();
     app.add_option("TAPE", options.tape, "the recorded runs")->required();
@@ -195,6 +228,7 @@ constexpr Verb verbs[] = {
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
+    {"phone", "set up and look at the simulated phone", read_phone},
     {"twin", "make a simulated phone from a tape", read_twin},
     {"redact", "take what is private out of a tape", read_redact},
     {"pages", "renew the pages that are made from the catalogue", read_pages},

@@ -69,7 +69,7 @@ int pages(const PagesOptions& options, const std::vector<VerbText>& verbs) {
             status = 1;
         } else if (text != there && options.check) {
             std::fprintf(stderr,
-                         "kvt-lab: %s is not what the catalogue says; scripts/pages renews it\n",
+                         "kvt-lab: %s is not what the catalogue says; kvt-lab pages renews it\n",
                          file.c_str());
             status = 1;
         } else if (text != there && !put(file, text)) {

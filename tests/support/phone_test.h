@@ -42,13 +42,13 @@ class PhoneTest : public testing::Test {
      * read it; what it leads to is new each time. */
     PhoneTest() {
         static int tests = 0;
-        const std::filesystem::path next = folder().path / "next";
-        std::filesystem::create_directory(folder().path / std::to_string(++tests));
+        const std::filesystem::path next = folder_.path / "next";
+        std::filesystem::create_directory(folder_.path / std::to_string(++tests));
         std::filesystem::create_directory_symlink(std::to_string(tests), next);
         std::filesystem::rename(next, phone());
     }
 
-    static std::filesystem::path phone() { return folder().path / "phone"; }
+    static std::filesystem::path phone() { return folder_.path / "phone"; }
 
     void put(const std::filesystem::path& name, const std::string& bytes) {
         std::filesystem::create_directories((phone() / name).parent_path());
@@ -86,8 +86,5 @@ class PhoneTest : public testing::Test {
             std::filesystem::remove_all(path, ignored);
         }
     };
-    static Folder& folder() {
-        static Folder folder;
-        return folder;
-    }
+    static inline const Folder folder_; /* before main: no thread is there yet */
 };
