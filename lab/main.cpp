@@ -71,6 +71,27 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
     chosen = [&] { return check(common, options); };
 }
 
+void read_doctor(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DoctorOptions& options = kept<DoctorOptions>();
+    app.add_flag("--json", options.json, "for a machine");
+    app.add_flag("--services", options.services, "also look the modem's services up");
+    chosen = [&] { return doctor(common, options); };
+}
+
+void read_deploy(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    DeployOptions& options = kept<DeployOptions>();
+    app.add_option("--from", options.from, "folder of a phone build")->type_name("FOLDER");
+    chosen = [&] { return deploy(common, options); };
+}
+
+void read_pull(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PullOptions& options = kept<PullOptions>();
+    app.add_option("--to", options.to, "folder that gets them (the current one)")
+        ->type_name("FOLDER");
+    app.add_option("TAPE", options.tapes, "names; all of them when left out");
+    chosen = [&] { return pull(common, options); };
+}
+
 void read_plan(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     PlanOptions& options = kept<PlanOptions>();
     app.add_option("FILE", options.file, "the plan, TOML")->required();
@@ -168,6 +189,9 @@ constexpr Verb verbs[] = {
     {"plan", "run the steps of a file, and undo what they set", read_plan},
     {"watch", "show levels as they move, and keep them as CSV or picture", read_watch},
     {"run", "run kvt as it is", read_run},
+    {"doctor", "hold a phone against what kvt needs", read_doctor},
+    {"deploy", "put kvt, kvt-doctor and the recorder on a phone", read_deploy},
+    {"pull", "get tapes from a phone", read_pull},
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
@@ -186,10 +210,13 @@ int main(int argc, char** argv) {
     Common common;
     app.add_option("--kvt", common.kvt,
                    "path of kvt (otherwise KVT_PROGRAM, beside kvt-lab, PATH)");
+    app.add_option("--on", common.on, "phone to run on, by serial number, or \"usb\"")
+        ->envname("KVT_ON");
     std::function<int()> actions[std::size(verbs)];
     CLI::App* apps[std::size(verbs)];
     for (size_t i = 0; i < std::size(verbs); ++i) {
         apps[i] = app.add_subcommand(verbs[i].name, verbs[i].meaning);
+        apps[i]->fallthrough(); /* the options above may stand behind the verb too */
         verbs[i].read(*apps[i], common, actions[i]);
     }
     const auto mark = std::find_if(argv, argv + argc,

@@ -129,7 +129,8 @@ class PlanRun {
     bool find_way_back(const Step& step, WayBack& way, std::string& message) {
         way.step = &step;
         way.name = "undo: " + step.name;
-        std::string error, last_read, output;
+        std::string error, last_read;
+        ProcessResult shown;
         for (const Undo& undo : step.command.row->undo) {
             way.reading = {};
             way.before.clear();
@@ -138,12 +139,12 @@ class PlanRun {
                                        error))
                     break;
                 if (const std::string read = way.reading.text(); read != last_read) {
-                    output = runners_.step(way.reading.words, limit_of(way.reading, 0)).output;
+                    shown = runners_.step(way.reading.words, limit_of(way.reading, 0));
                     last_read = read;
                 }
-                if (!fits(undo, output))
+                if (shown.how != ProcessResult::exited || !fits(undo, shown.output))
                     continue;
-                way.before = shown_words(*way.reading.row, output);
+                way.before = shown_words(*way.reading.row, shown.output);
             }
             way.seen = undo.seen;
             way.unless = undo.unless;

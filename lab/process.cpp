@@ -23,11 +23,13 @@ constexpr std::chrono::milliseconds stop_grace{2000};
 
 /* What runs between fork and exec: only calls that are safe there. `report` closes on exec, or gets
  * errno when exec fails. */
-[[noreturn]] void become(char* const* argv, char** environment, int output, int report) {
+[[noreturn]] void become(char* const* argv, char** environment, int output, bool errors_too,
+                         int report) {
     ::setpgid(0, 0);
     ::signal(SIGPIPE, SIG_DFL);
     const int input = ::open("/dev/null", O_RDONLY);
-    if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(output, 1) < 0)
+    if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(output, 1) < 0 ||
+        (errors_too && ::dup2(output, 2) < 0))
         ::_exit(127);
     environ = environment;
     ::execvp(argv[0], argv);
@@ -91,7 +93,7 @@ ProcessResult run_process(const ProcessRequest& request) {
     const auto started = Clock::now();
     const pid_t pid = ::fork();
     if (pid == 0)
-        become(argv.data(), environment.data(), output[1], report[1]);
+        become(argv.data(), environment.data(), output[1], request.errors_too, report[1]);
     const int fork_error = errno;
     ::close(output[1]);
     ::close(report[1]);
@@ -160,6 +162,8 @@ ProcessResult run_process(const ProcessRequest& request) {
 }
 
 std::string how_it_ended(const ProcessResult& result) {
+    if (!result.why.empty())
+        return result.why;
     switch (result.how) {
     case ProcessResult::exited:
         return "ended with status " + std::to_string(result.status);

@@ -16,6 +16,8 @@ struct ProcessRequest {
     std::chrono::milliseconds limit{60000};
     /* Copies what the program writes to our own standard output as it comes. */
     bool pass_on = false;
+    /* Its standard error goes to `output` too. */
+    bool errors_too = false;
     /* Once it is not 0 the program has a moment to end by itself, then it is ended as at its limit.
      * For signal handlers; null: nothing. */
     const std::atomic<int>* stop = nullptr;
@@ -30,6 +32,7 @@ struct ProcessResult {
     };
     How how = not_started;
     int status = 0;
+    std::string why;      /* how it ended, in place of what `how` and `status` tell; mostly empty */
     std::string output;   /* standard output, bytes as they came */
     bool stopped = false; /* timed out because of `stop` */
     bool cut = false;     /* there was more than anybody reads; the rest is not kept */

@@ -9,7 +9,9 @@ namespace lab {
 
 /* What every verb may need. */
 struct Common {
-    std::string kvt; /* --kvt: path of the program; empty: see find_kvt.h */
+    std::string
+        kvt; /* --kvt: path of the program; empty: see find_kvt.h; on a phone its path there */
+    std::string on; /* --on: the phone to run on, by serial number, or "usb"; empty: here */
 };
 
 /* kvt-lab run -- ARGS...: kvt's output as it is; status 0 when it ran to its end. */
@@ -32,6 +34,25 @@ struct CheckOptions {
     bool json = false, verify = false, yes = false, output = false;
 };
 int check(const Common& common, const CheckOptions& options);
+
+/* kvt-lab doctor: what kvt-doctor says, here or on the phone; its status. */
+struct DoctorOptions {
+    bool json = false, services = false;
+};
+int doctor(const Common& common, const DoctorOptions& options);
+
+/* kvt-lab deploy: puts kvt, kvt-doctor and the recorder on the phone and says what works there. */
+struct DeployOptions {
+    std::string from; /* folder of the programs, or of a build; empty: see deploy.cpp */
+};
+int deploy(const Common& common, const DeployOptions& options);
+
+/* kvt-lab pull [TAPE...]: tapes from the phone; all of them when none is named. */
+struct PullOptions {
+    std::vector<std::string> tapes;
+    std::string to = ".";
+};
+int pull(const Common& common, const PullOptions& options);
 
 /* kvt-lab plan FILE: 0 when every step passed, 2 when the plan is wrong and nothing was run, 128
  * and the signal's number when one ended it. */

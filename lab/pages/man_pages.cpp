@@ -212,7 +212,49 @@ A command by which something can be lost is not run without
 .SH VERBS
 )man";
 
-constexpr const char* lab_tail = R"man(.SH EXIT STATUS
+constexpr const char* lab_tail = R"man(.SH PLANS
+A plan is a TOML file: a
+.BR title ,
+which may be left out, and a table
+.B [[step]]
+for each step, in order. Anything that is not known, or of a wrong type, is told with its line, and nothing is run.
+A step passes when its verdict is ok and every value is within its limits. What is set is undone at the end, last
+first, also after a failure, a time\-out, SIGINT, SIGTERM and SIGHUP; a step whose way back can't be found is not run.
+.TP
+.B name
+what the report calls it
+.TP
+.B command
+kvt's command line, or a list of its words
+.TP
+.B expect
+limits of values by name: { rsrp_rx0 = { min = \-105, max = \-40 }, slot1 = { is = "PRESENT" } }
+.TP
+.B tries
+how often it is tried until it passes, a second apart: only commands that change nothing
+.TP
+.B undo
+true: what was there before is put back at the end
+.TP
+.B keep_going
+true: later steps run although this one failed
+.TP
+.B yes
+true: it is run although something can be lost
+.TP
+.B verify
+false: what was set is not read back
+.TP
+.B not_told_passes
+true: it passes also where nothing can tell
+.TP
+.B timeout_s
+seconds until kvt is ended
+.PP
+The result is TAP version 14; run by
+.BR prove (1),
+version 13.
+.SH EXIT STATUS
 Of check:
 .TP
 .B 0
@@ -232,6 +274,9 @@ kvt did not end in time, and was ended
 .TP
 .B 5
 kvt could not be run
+.PP
+Of plan: 0 when every step and every undoing passed, 1 when not, 2 when the plan is wrong and nothing was run, 5 when
+kvt is not found, 128 and the signal's number when one ended it.
 .PP
 Of other verbs 0 is success, 2 a wrong command line.
 .SH ENVIRONMENT

@@ -57,6 +57,7 @@ int pages(const PagesOptions& options, const std::vector<VerbText>& verbs) {
         {"packaging/completions/kvt.bash", made(bash_completion)},
         {"packaging/completions/_kvt", made(zsh_completion)},
         {"docs/commands.md", fill_command_heads},
+        {"lab/phone/needs.h", made(doctor_needs)},
     };
     int status = 0;
     for (const Page& page : all) {

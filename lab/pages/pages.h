@@ -20,6 +20,7 @@ std::string kvt_man_page();
 std::string lab_man_page(const std::vector<VerbText>& verbs);
 std::string bash_completion();
 std::string zsh_completion();
+std::string doctor_needs();
 
 /* Puts the head of each command between its marks, "<!-- kvt 4 1 -->" and "<!-- end -->". False
  * with a message when a command has no marks, or marks have no command. */

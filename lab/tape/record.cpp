@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "find_kvt.h"
+#include "phone/record_on_phone.h"
 #include "tape/libraries.h"
 #include "tape/redact.h"
 
@@ -47,6 +48,8 @@ int run_recorded(std::vector<std::string> words) {
 } // namespace
 
 int record(const Common& common, const RecordOptions& options) {
+    if (!common.on.empty())
+        return adb::record_on_phone(common, options);
     std::string error;
     const std::string kvt = find_kvt(common.kvt, error);
     if (kvt.empty())

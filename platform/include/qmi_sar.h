@@ -9,6 +9,7 @@
 
 enum {
     QMI_SAR_SERVICE = 17,
+    QMI_SAR_IDL_MINOR = 14,
 
     QMI_SAR_RF_GET_STATE = 0x02, /* the request holds nothing */
 };

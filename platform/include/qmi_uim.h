@@ -10,6 +10,7 @@
 
 enum {
     QMI_UIM_SERVICE = 11,
+    QMI_UIM_IDL_MINOR = 102,
 
     QMI_UIM_GET_CARD_STATUS = 0x2F,
     QMI_UIM_POWER_DOWN = 0x30,

@@ -10,6 +10,8 @@
 #include "qmi_common.h"
 
 enum {
+    QMI_VS_IDL_MINOR = 2,
+
     QMI_VS_SET_FEATURE = 0x0003,
     QMI_VS_GET_STATS = 0x0207,
 

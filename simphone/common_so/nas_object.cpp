@@ -91,4 +91,4 @@ constexpr qmi_idl::Tables tables(types, messages);
 } // namespace
 
 constinit const struct qmi_idl_service_object nas_qmi_idl_service_object_v01 =
-    tables.service({3, 378, 512}, requests, responses, indications);
+    tables.service({QMI_NAS_SERVICE, QMI_NAS_IDL_MINOR, 512}, requests, responses, indications);

@@ -46,4 +46,4 @@ constexpr qmi_idl::Tables tables(types, messages);
 } // namespace
 
 constinit const struct qmi_idl_service_object sar_qmi_idl_service_object_v01 =
-    tables.service({QMI_SAR_SERVICE, 14, 512}, requests, responses, {});
+    tables.service({QMI_SAR_SERVICE, QMI_SAR_IDL_MINOR, 512}, requests, responses, {});

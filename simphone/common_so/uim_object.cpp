@@ -217,4 +217,4 @@ constexpr qmi_idl::Tables tables(types, messages);
 } // namespace
 
 constinit const struct qmi_idl_service_object uim_qmi_idl_service_object_v01 =
-    tables.service({QMI_UIM_SERVICE, 102, 4096}, requests, responses, {});
+    tables.service({QMI_UIM_SERVICE, QMI_UIM_IDL_MINOR, 4096}, requests, responses, {});

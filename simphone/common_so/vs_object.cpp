@@ -159,4 +159,4 @@ constexpr qmi_idl::Tables tables(types, messages);
 } // namespace
 
 constinit const struct qmi_idl_service_object vs_qmi_idl_service_object_v01 =
-    tables.service({0xE4, 2, longest}, requests, responses, indications);
+    tables.service({0xE4, QMI_VS_IDL_MINOR, longest}, requests, responses, indications);

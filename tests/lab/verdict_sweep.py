@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Verdicts that never lie, shown by making everything go wrong.
 
-    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD AT_REDIRECT [--short] [--jobs N]
+    verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD [--short] [--jobs N]
 
 Unspoilt: every row's example is ok, or becomes so with --verify; rows where nothing tells stay not told.
 Refused: on a modem that refuses everything, in each of the ways it can, no row is ok.
@@ -34,7 +34,7 @@ NOTHING_TELLS = ["10", "11 1", "11 2", "11 3", "6", "8"]
 
 # What is not what a command is for: restarts that were the fault, defaults that are made when they are first
 # asked for, and the switch that group 9 sets before it asks for statistics.
-ASIDE = re.compile(r"log|faults|\.lock|restart$|diag/|features/")
+ASIDE = re.compile(r"log|faults|\.lock|restart$|at/|diag/|features/")
 
 # What a DIAG packet is answered with is shown as it comes, right or wrong: only its first byte is known.
 AS_IT_COMES = re.compile(r"diag_\w*send\w*:\S* (short|long|garbage)$")

@@ -33,25 +33,6 @@ TEST_F(DiagTest, LengthsAtTheEdgesAreCheckedBeforeAnythingIsSent) {
     EXPECT_EQ(orvik_diag_cmd_send_with_result_by_dci_mode(&byte, 1, 0, &byte, nullptr), 1);
 }
 
-TEST_F(DiagTest, TimeLimitsCountInTicks) {
-    const auto shown = [&](Mode mode, uint32_t ms) { return send(mode, "\x7B", ms).text; };
-    EXPECT_THAT(shown(callback, 0), HasSubstr("Time out is invalid, set default"));
-    EXPECT_THAT(shown(callback, 0), HasSubstr("Command time = 30 * 100ms"));
-    EXPECT_THAT(shown(callback, 60001), HasSubstr("Command time = 30 * 100ms"));
-    EXPECT_THAT(shown(callback, 60000), HasSubstr("Command time = 600 * 100ms"));
-    EXPECT_THAT(shown(callback, 150), HasSubstr("Command time = 1 * 100ms"));
-    EXPECT_THAT(shown(dci, 70000), HasSubstr("Dci Command time = 700"));
-
-    put("diag/silent", "1");
-    std::this_thread::sleep_for(
-        std::chrono::milliseconds(100)); /* no earlier wait thread's ticks */
-    const Sent sent = send(dci, "\x7B", 99);
-    EXPECT_EQ(sent.result, 1);
-    EXPECT_THAT(sent.text, HasSubstr("Dci Command time = 0"));
-    EXPECT_THAT(sent.text, HasSubstr("cnt_of_100ms = 1"));
-    EXPECT_THAT(sent.text, Not(HasSubstr("cnt_of_100ms = 2")));
-}
-
 TEST_F(DiagTest, WaitThreadOfACallersOwnWatchesTheCurrentWait) {
     int not_a_wait = 5;
     void* result = &not_a_wait;
@@ -60,57 +41,6 @@ TEST_F(DiagTest, WaitThreadOfACallersOwnWatchesTheCurrentWait) {
         HasSubstr("cnt_of_100ms = 1"));
     EXPECT_EQ(result, nullptr);
     EXPECT_EQ(not_a_wait, 5);
-}
-
-/* Answers by size and chunk; a full DCI chunk of 4096 bytes announces more, so that such an answer
- * ends with the time and is a success. */
-TEST_F(DiagTest, AnswersOfEverySizeAndChunking) {
-    struct Case {
-        Mode mode;
-        size_t size, chunk;
-        size_t length;
-        bool timed; /* ends with the time limit */
-    };
-    /* DCI first: it appends to what callback mode left. */
-    const Case cases[] = {
-        {dci, 100, 4096, 100, false},       {dci, 4096, 4096, 4096, true},
-        {dci, 4196, 4096, 4196, false},     {dci, 8192, 4096, 8192, true},
-        {dci, 8192, 0, 8192, false},        {dci, 10240, 0, 10240, false},
-        {dci, 10240, 4096, 10240, false},   {dci, 10241, 4096, 10240, false},
-        {dci, 12288, 4096, 10240, true},    {callback, 1, 0, 1, false},
-        {callback, 4096, 0, 4096, false},   {callback, 8192, 0, 8192, false},
-        {callback, 10240, 0, 10240, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.mode) + ", " + std::to_string(c.size) + " by " +
-                     std::to_string(c.chunk));
-        const std::string answer = pattern(c.size);
-        put("diag/10", answer);
-        put("diag/dci_chunk", std::to_string(c.chunk));
-        const Sent sent = send(c.mode, "\x10", 2000);
-        EXPECT_EQ(sent.result, 0);
-        EXPECT_EQ(sent.reply.size(), c.length);
-        EXPECT_TRUE(sent.reply == answer.substr(0, c.length)) << "wrong bytes";
-        if (c.timed) {
-            EXPECT_THAT(sent.text, HasSubstr("length is times of 4096"));
-        }
-    }
-}
-
-TEST_F(DiagTest, AnUnusableAnswerIsDroppedAndTheTimeRunsOut) {
-    for (const Mode mode : {callback, dci}) {
-        put("diag/dci_chunk", "0");
-        put("diag/11", "");
-        put("diag/12", pattern(10241));
-        for (const char* const packet : {"\x11", "\x12"}) {
-            const Sent sent = send(mode, packet, 300);
-            EXPECT_EQ(sent.result, 1);
-            EXPECT_EQ(sent.reply, "");
-            EXPECT_THAT(sent.text, HasSubstr("Invalid parameter, len = "));
-            EXPECT_THAT(sent.text, HasSubstr("orvik_diag_cmd_response_check fail"));
-            EXPECT_THAT(sent.text, HasSubstr("stop waiting"));
-        }
-    }
 }
 
 TEST_F(DiagTest, AnswerLongerThanTheCallersRoomIsCut) {
@@ -168,109 +98,11 @@ TEST_F(DiagTest, SeveralAnswersToOneCommand) {
     EXPECT_GE(logged({"diag rx " + hex("longer")}), 1);
 }
 
-TEST_F(DiagTest, RemoteProcessorsAreRegisteredAndNamed) {
-    put("diag/remote_mask", "5");
-    Sent sent = send(callback, "\x7B");
-    EXPECT_THAT(sent.text,
-                HasSubstr("g_diag_channel = [0]MSM, data_primary = 0, remote_mask = [5] APSS\n"));
-    EXPECT_THAT(sent.text, HasSubstr("data_remote = 1\n"));
-    EXPECT_THAT(sent.text, Not(HasSubstr("data_remote = 2\n")));
-    EXPECT_THAT(sent.text, HasSubstr("data_remote = 3\n"));
-    EXPECT_THAT(sent.text, HasSubstr("response from 0[MSM], len = 1 ="));
-    put("diag/from", "1");
-    EXPECT_THAT(send(callback, "\x7B").text, HasSubstr("response from 1[MDM]"));
-    put("diag/from", "3");
-    EXPECT_THAT(send(callback, "\x7B").text, HasSubstr("response from 3[Unknown]"));
-    put("diag/from", "none");
-    sent = send(callback, "\x7B");
-    EXPECT_EQ(sent.result, 0);
-    EXPECT_THAT(sent.text, HasSubstr("context_data is null"));
-    EXPECT_THAT(sent.text, HasSubstr("response from -1[Unknown]"));
-    put("diag/remote_mask", "0xFFFF");
-    EXPECT_THAT(send(callback, "\x7B").text, HasSubstr("data_remote = 16\n"));
-}
-
-TEST_F(DiagTest, EachFailingDciCallIsToldAndTheClientReleased) {
-    struct Case {
-        const char* call;
-        const char* text;
-        int released;
-    };
-    const Case cases[] = {
-        {"diag_register_dci_client", "Could not register with DCI, err: 1004, errno: 5 ch:0", 0},
-        {"diag_register_dci_signal_data",
-         "Could not register signal for DCI Data for ch:0, err: 1004, errno: 5", 1},
-        {"diag_get_dci_support_list_proc",
-         "Could not get support list for ch 0, err: 1004, errno: 5", 1},
-        {"diag_register_dci_stream_proc",
-         "Unable to register DCI stream for ch:0, err: 1004, errno: 5", 1},
-        {"diag_send_dci_async_req", "Error sending SEND_REQUEST_ASYNC to peripheral 1004 for ch:0",
-         1},
-    };
-    for (const bool with_result : {true, false}) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.call);
-            put("faults", std::string(c.call) + " * error 1004\n");
-            put("log", "");
-            const Sent sent = with_result ? send(dci, "\x7B") : send_without_result(dci, "\x7B");
-            EXPECT_EQ(sent.result, with_result ? 1 : 0);
-            EXPECT_THAT(sent.text, HasSubstr(c.text));
-            EXPECT_EQ(logged({"call diag_release_dci_client"}), c.released);
-            EXPECT_EQ(logged({"call Diag_LSM_DeInit"}), 1);
-        }
-    }
-    put("faults", "diag_release_dci_client * error 1004\n");
-    const Sent sent = send(dci, "\x7B");
-    EXPECT_EQ(sent.result, 0);
-    EXPECT_THAT(sent.text, HasSubstr("Releasing DCI connection, err: 1004, errno: 5"));
-}
-
-TEST_F(DiagTest, EachFailingCallbackModeCall) {
-    put("diag/remote_mask", "1");
-    put("faults", "diag_has_remote_device * error\n");
-    Sent sent = send(callback, "\x7B");
-    EXPECT_EQ(sent.result, 0);
-    EXPECT_THAT(sent.text, HasSubstr("remote_mask = [0]\n"));
-    for (const char* const call : {"diag_register_callback", "diag_switch_logging"}) {
-        put("faults", std::string(call) + " * error\n");
-        EXPECT_EQ(send(callback, "\x7B", 200).result, 1) << call;
-    }
-    put("faults", "diag_callback_send_data:0x7b * error 7\n");
-    put("log", "");
-    sent = send(callback, "\x7B");
-    EXPECT_EQ(sent.result, 1);
-    EXPECT_THAT(sent.text, HasSubstr("ret_send = 7, will wait callback"));
-    EXPECT_THAT(sent.text, HasSubstr("Fail to send diag cmd"));
-    EXPECT_EQ(logged({"call diag_switch_logging"}), 2);
-    EXPECT_EQ(logged({"call Diag_LSM_DeInit"}), 1);
-    put("faults", "diag_register_remote_callback * error\nDiag_LSM_DeInit * error\n");
-    EXPECT_EQ(send(callback, "\x7B").result, 0);
-}
-
-TEST_F(DiagTest, AModemThatIsDownStillGetsTheRequest) {
-    put("diag/peripherals", "0");
-    put("diag/log_stream", "log");
-    put("diag/event_stream", "event");
-    const Sent sent = send(dci, "\x7B\x01");
-    EXPECT_EQ(sent.reply, "\x7B\x01");
-    EXPECT_THAT(sent.text, HasSubstr("MPSS on ch:0: DOWN"));
-    EXPECT_THAT(sent.text, HasSubstr("len(3), data: 6C 6F 67"));
-    EXPECT_THAT(sent.text, HasSubstr("len(5), data: 65 76 65 6E 74"));
-}
-
 TEST_F(DiagTest, LibraryThatDoesNotComeUp) {
-    put("faults", "Diag_LSM_Init * error\n");
-    Sent sent = send(callback, "\x7B");
-    EXPECT_EQ(sent.result, 1);
-    EXPECT_THAT(sent.text, HasSubstr("LSM init failed"));
-    EXPECT_THAT(sent.text, HasSubstr("ret_send = -1, will wait callback"));
-    EXPECT_THAT(sent.text, HasSubstr("Fail to send diag cmd"));
-
     /* Somebody else in the process has it up: the command then waits, and needs its semaphore. */
-    put("faults", "");
     Diag_LSM_Init(nullptr);
     put("faults", "Diag_LSM_Init * error\n");
-    sent = send(callback, "\x7B up");
+    Sent sent = send(callback, "\x7B up");
     EXPECT_THAT(sent.text, HasSubstr("LSM init failed"));
     EXPECT_EQ(sent.reply, "\x7B up");
 

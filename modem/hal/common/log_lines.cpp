@@ -7,13 +7,13 @@
 #include <syslog.h>
 
 #include "cutils_properties.h"
+#include "phone_names.h"
 
 std::atomic<int> g_orvik_stdout_print_flag{1};
 
 namespace {
 
 constexpr int print_flag_not_read = 2;
-constexpr const char* print_property = "persist.vendor.radio.adb_log_ov";
 
 /* When two threads ask first at once, both may read the property; both store the same value. */
 std::atomic<int> g_print_flag{print_flag_not_read};
@@ -33,7 +33,7 @@ unsigned char orvik_qcril_get_print_flag() {
     if (const int flag = g_print_flag; flag != print_flag_not_read)
         return flag == 1 ? 1 : 0;
     char value[256] = {};
-    property_get(print_property, value, "1");
+    property_get(PHONE_PROPERTY_PRINT, value, "1");
     const bool on = value[0] == '1' && value[1] == '\0';
     if (on)
         orvik_ril_syslog_dbg("rild print is started");

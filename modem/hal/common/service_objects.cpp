@@ -1,7 +1,5 @@
 #include "service_objects.h"
 
-#include "qmi_common.h"
-
 namespace {
 
 qmi_idl_service_object_type fitting(const qmi_idl_service_object& object, int32_t wanted_minor,

@@ -1,18 +1,18 @@
 /* Accessors of the platform's QMI service objects. Each returns its service's object for exactly
  * the version triple (1, minor, 6), the IDL that the records in platform/include belong to, and
- * null for any other. Minors: vs 2, sar 14, nas 378, uim 102. */
+ * null for any other. */
 #pragma once
 
 #include <cstdint>
 
-#include "qmi_idl.h"
+#include "qmi_services.h"
 
 enum {
-    ORVIK_IDL_MAJOR = 1,
-    ORVIK_VS_IDL_MINOR = 2,
-    ORVIK_SAR_IDL_MINOR = 14,
-    ORVIK_NAS_IDL_MINOR = 378,
-    ORVIK_UIM_IDL_MINOR = 102,
+    ORVIK_IDL_MAJOR = QMI_IDL_MAJOR,
+    ORVIK_VS_IDL_MINOR = QMI_VS_IDL_MINOR,
+    ORVIK_SAR_IDL_MINOR = QMI_SAR_IDL_MINOR,
+    ORVIK_NAS_IDL_MINOR = QMI_NAS_IDL_MINOR,
+    ORVIK_UIM_IDL_MINOR = QMI_UIM_IDL_MINOR,
 };
 
 using service_object_accessor = qmi_idl_service_object_type(int32_t idl_maj_version,

@@ -12,13 +12,13 @@
 #include "cutils_properties.h"
 #include "log_lines.h"
 #include "logger.h"
+#include "phone_names.h"
 #include "ravex_log.h"
 
 void* (*g_orvik_system_malloc)(size_t size) = std::malloc;
 
 namespace {
 
-constexpr const char* trace_property = "persist.ravex.mem_trace";
 constexpr int logger_error_level = 5;
 
 std::once_flag g_ravex_mem_inited;
@@ -28,7 +28,7 @@ ravex_mem_list g_ravex_mem_list;
 
 void ravex_mem_init() {
     char value[256] = {};
-    property_get(trace_property, value, nullptr);
+    property_get(PHONE_PROPERTY_TRACE, value, nullptr);
     if (value[0] == '\0')
         RAVEX_LOG_AT(RAVEX_LOG_DEBUG, "RAVEX_MEM_TRACE_PROP not exist");
     g_ravex_mem_trace = std::strcmp(value, "true") == 0;

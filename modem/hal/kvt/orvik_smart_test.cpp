@@ -16,17 +16,13 @@
 #include "log_lines.h"
 #include "orvik_extend_cmn.h"
 #include "orvik_extend_nvefs.h"
+#include "phone_names.h"
 #include "usage.h"
 
 namespace {
 
 /* The size that the tool gives every property buffer; a value itself is shorter. */
 constexpr size_t property_size = 256;
-
-constexpr const char* restart_level_property = "persist.vendor.ssr.restart_level";
-constexpr const char* restart_level_backup_property = "persist.vendor.ssr.restart_level_bak";
-constexpr const char* wait_property = "persist.radio.ssr_wait_s";
-constexpr const char* print_stats_property = "persist.vendor.radio.print_stats";
 
 constexpr std::string_view update_count_file = "/nv/item_files/modem/orvik/ssr_update_count";
 
@@ -81,7 +77,7 @@ void orvik_smart_test_save_ssr_update_flag() {
 
 int orvik_smart_test_ssr_wait_s() {
     char value[property_size] = {};
-    property_get(wait_property, value, "3");
+    property_get(PHONE_PROPERTY_RESTART_WAIT, value, "3");
     const int wait_s = std::atoi(value);
     ORVIK_DBG("ssr wait_s = %d\n", wait_s);
     if (wait_s == 0)
@@ -97,17 +93,17 @@ int orvik_smart_test_ssr_wait_s() {
 int orvik_smart_test_full_dump() {
     char current[property_size] = {};
     char saved[property_size] = {};
-    property_get(restart_level_property, current, "ALL_ENABLE");
-    property_get(restart_level_backup_property, saved, "");
+    property_get(PHONE_PROPERTY_RESTART_LEVEL, current, "ALL_ENABLE");
+    property_get(PHONE_PROPERTY_RESTART_LEVEL_BACKUP, saved, "");
     if (saved[0] == '\0') { /* saved once; later runs keep it */
         ORVIK_DBG("need to save ssr state\n");
-        property_set(restart_level_backup_property, current);
+        property_set(PHONE_PROPERTY_RESTART_LEVEL_BACKUP, current);
     }
     ORVIK_DBG("Will trigger Full Dump, the current state: %s, the default state: %s\n", current,
               saved);
     if (std::strcmp(current, "ALL_DISABLE") != 0) {
         ORVIK_DBG("need to close ssr\n");
-        property_set(restart_level_property, "ALL_DISABLE");
+        property_set(PHONE_PROPERTY_RESTART_LEVEL, "ALL_DISABLE");
         orvik_smart_test_save_ssr_update_flag();
         const int wait_s = orvik_smart_test_ssr_wait_s();
         if (wait_s < 0)
@@ -118,7 +114,7 @@ int orvik_smart_test_full_dump() {
 
 int orvik_smart_test_ap_ravex_switch(int opt) {
     std::printf("ap_ravex_print, opt = %d\n", opt);
-    property_set(print_stats_property, opt == 1 ? "1" : "2");
+    property_set(PHONE_PROPERTY_PRINT_STATS, opt == 1 ? "1" : "2");
     std::puts("success, need to reboot");
     return 0;
 }

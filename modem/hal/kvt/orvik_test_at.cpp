@@ -10,12 +10,12 @@
 
 #include "handlers.h"
 #include "help.h"
+#include "phone_names.h"
 #include "usage.h"
 
 namespace {
 
 constexpr size_t at_cmd_max = 100;
-constexpr const char* at_channel = "/dev/smd8";
 
 /* 1 or more while the channel is open for reading. Nothing in the tool opens it; it is the hook for
  * a build that does, before the reader thread starts. */
@@ -61,7 +61,7 @@ int orvik_test_at_cmd_send(const char* cmd) {
     line.append("echo \"");
     line.append(cmd);
     line.append("\r\" > ");
-    line.append(at_channel);
+    line.append(PHONE_AT_CHANNEL);
     std::printf("at shell cmd: %s\n", line.text.data());
     std::fflush(stdout);
     const int status = std::system(line.text.data());
@@ -107,7 +107,7 @@ bool at_cmd_exchange(int argc, char** argv) {
 int orvik_test_at_cmd_do(int argc, char** argv) {
     const bool good = at_cmd_exchange(argc, argv);
     if (const int fd = g_at_serial_fd; fd >= 1) {
-        std::printf("Will close channel: %s\n", at_channel);
+        std::printf("Will close channel: %s\n", PHONE_AT_CHANNEL);
         close(fd);
         g_at_serial_fd = 0;
     }

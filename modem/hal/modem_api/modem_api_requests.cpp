@@ -92,7 +92,11 @@ int modem_api_set_ravex_feature_status(int32_t client_id, uint32_t feature, uint
                                        uint8_t c) {
     if (!connected_client(client_id, CLIENT_KIND_VS))
         return unexpected_condition(__func__, MODEM_API_UNEXPECTED);
-    vs_set_feature_req_v01 req{feature, a, b, c, 0};
+    vs_set_feature_req_v01 req{};
+    req.feature = feature;
+    req.a = a;
+    req.b = b;
+    req.c = c;
     vs_set_feature_resp_v01 resp{};
     const int qmi_error =
         vs_client_send_msg_sync(QMI_VS_SET_FEATURE, &req, sizeof req, &resp, sizeof resp);

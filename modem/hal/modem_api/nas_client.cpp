@@ -8,7 +8,8 @@ namespace {
 constexpr unsigned bind_timeout_ms = 30000;
 
 void bind(qmi_client_type handle, uint32_t subscription) {
-    nas_bind_subscription_req_v01 req{subscription};
+    nas_bind_subscription_req_v01 req{};
+    req.subscription = subscription;
     nas_response_v01 resp{};
     qmi_client_send_msg_sync(handle, QMI_NAS_BIND_SUBSCRIPTION, &req, sizeof req, &resp,
                              sizeof resp, bind_timeout_ms);

@@ -37,11 +37,10 @@ int32_t wrapped_sum(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-void trace_cursor(const char* operation, int32_t bit) {
-    if (traces())
-        unpk_line("%s, g_pk_data_base_bit(%d), g_pk_data_base(%d), g_pk_data_cnt(%d), bit(%d), "
-                  "id(0x%x)",
-                  operation, g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
+[[gnu::cold]] void trace_cursor(const char* operation, int32_t bit) {
+    unpk_line("%s, g_pk_data_base_bit(%d), g_pk_data_base(%d), g_pk_data_cnt(%d), bit(%d), "
+              "id(0x%x)",
+              operation, g_pk_data_base_bit, g_pk_data_base, g_pk_data_cnt, bit, g_pk_data_id);
 }
 
 } // namespace
@@ -89,7 +88,8 @@ void BASE_WITH_BIT(int32_t bits) {
     g_pk_data_cnt = 0;
     g_pk_data_base_bit = wrapped_sum(g_pk_data_base_bit, bits);
     g_pk_data_base = g_pk_data_base_bit / 8;
-    trace_cursor("BASE_WITH_BIT", bits);
+    if (traces())
+        trace_cursor("BASE_WITH_BIT", bits);
 }
 
 bool UNPK_SET_BIT(int32_t bit) {
@@ -98,7 +98,8 @@ bool UNPK_SET_BIT(int32_t bit) {
         return unpk_line("UNPK_SET_BIT, pos(%d) should be[0, %d), id(0x%x)", pos, g_pk_data_len_max,
                          g_pk_data_id);
     g_pk_data_cnt = static_cast<uint32_t>(pos);
-    trace_cursor("UNPK_SET_BIT", bit);
+    if (traces())
+        trace_cursor("UNPK_SET_BIT", bit);
     return true;
 }
 

@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "qmi_idl.h"
+#include "qmi_services.h"
 
 enum {
-    ORVIK_EXTEND_SERVICE_ID = 0xFFE4,
+    ORVIK_EXTEND_SERVICE_ID = QMI_VENDOR_SERVICE,
     ORVIK_EXTEND_MAX_MSG_LEN = 1227,
 
     ORVIK_EXTEND_REQUEST = 0x02,    /* request and response: orvik_extend_common_record */
