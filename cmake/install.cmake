@@ -18,6 +18,12 @@ if(TARGET kvt-lab)
   install(TARGETS kvt_record kvt_replay LIBRARY DESTINATION ${KVT_LIB_DIR})
   install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/kvt-replay DESTINATION ${KVT_LIB_DIR})
 endif()
+if(TARGET kvt-doctor)
+  set_target_properties(kvt-doctor PROPERTIES BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN/../${KVT_LIB_DIR};$ORIGIN/../lib")
+  install(TARGETS kvt-doctor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES packaging/man/kvt-doctor.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 install(FILES packaging/man/kvt.1 packaging/man/kvt-lab.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES packaging/completions/kvt.bash
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kvt)

@@ -1,5 +1,4 @@
-/* A phone for a fuzz target, in memory where there is such a folder; the tool's output goes
- * nowhere. */
+/* A phone for a fuzz target; the tool's output goes nowhere. */
 #pragma once
 
 #include <cstdio>
@@ -9,15 +8,13 @@
 #include <string>
 
 #include "log_lines.h"
+#include "scratch.h"
 
 class FuzzPhone {
   public:
     FuzzPhone() {
-        const bool shm = std::filesystem::is_directory("/dev/shm");
-        std::string name = std::string(shm ? "/dev/shm" : "/tmp") + "/kvt-fuzz-XXXXXX";
-        if (::mkdtemp(name.data()) == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr)
+        if (std::freopen("/dev/null", "w", stdout) == nullptr)
             std::abort();
-        dir_ = name;
         ::setenv("KVT_PHONE", (dir_ / "phone").c_str(), 1);
         instance() = this;
         std::atexit([] {
@@ -50,5 +47,5 @@ class FuzzPhone {
         static FuzzPhone* phone = nullptr;
         return phone;
     }
-    std::filesystem::path dir_;
+    const std::filesystem::path dir_ = new_scratch_folder();
 };

@@ -8,6 +8,7 @@
 #include "kvt_version.h"
 #include "pages/pages.h"
 #include "verbs.h"
+#include "workbench/phone.h"
 
 namespace {
 
@@ -169,6 +170,31 @@ void read_show(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return show(common, options); };
 }
 
+/* One more level: an action, and what it takes. */
+void read_phone(CLI::App& app, const Common&, std::function<int()>& chosen) {
+    workbench::Options& options = kept<workbench::Options>();
+    app.require_subcommand(1);
+    for (const workbench::Action& action : workbench::actions) {
+        CLI::App& sub = *app.add_subcommand(action.name, action.meaning);
+        if (*action.words != '\0')
+            sub.add_option(action.words, options.words, action.words_meaning);
+        sub.callback([&] {
+            options.words.insert(options.words.end(), g_behind_mark.begin(), g_behind_mark.end());
+            chosen = [&] { return action.run(options); };
+        });
+    }
+    app.get_subcommand("new")
+        ->add_option("--from", options.from, "what it is like: a scenario's name or file")
+        ->type_name("SCENARIO");
+    app.get_subcommand("set")->add_flag("--list", options.list, "every name, unit and range");
+    app.get_subcommand("set")
+        ->add_option("--sub", options.sub, "subscription of a level (0)")
+        ->type_name("SUB")
+        ->check(CLI::Range(0, 1));
+    app.get_subcommand("fault")->add_flag("--clear", options.clear, "remove the rules there are");
+    app.get_subcommand("log")->add_flag("-f", options.follow, "and what is added, until Ctrl-C");
+}
+
 void read_twin(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     TwinOptions& options = kept<TwinOptions>();
     app.add_option("TAPE", options.tape, "the recorded runs")->required();
@@ -195,6 +221,7 @@ constexpr Verb verbs[] = {
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
+    {"phone", "set up and look at the simulated phone", read_phone},
     {"twin", "make a simulated phone from a tape", read_twin},
     {"redact", "take what is private out of a tape", read_redact},
     {"pages", "renew the pages that are made from the catalogue", read_pages},

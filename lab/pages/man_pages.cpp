@@ -198,6 +198,8 @@ kvt\-lab \- what kvt's commands mean, whether they worked, and more around kvt
 .B kvt\-lab
 .RB [ \-\-kvt
 .IR PATH ]
+.RB [ \-\-on
+.IR PHONE ]
 .I VERB
 .RI [ OPTIONS ]
 .RI [ ARGUMENTS ...]
@@ -209,6 +211,12 @@ when the output proves it; when the output can't tell, it says so.
 .PP
 A command by which something can be lost is not run without
 .BR \-\-yes .
+.PP
+With
+.B \-\-on
+kvt runs on the phone of that serial number, or on the one on
+.BR usb ,
+by way of adb. It is for check, plan, run, record, doctor, deploy and pull.
 .SH VERBS
 )man";
 
@@ -284,12 +292,19 @@ Of other verbs 0 is success, 2 a wrong command line.
 .B KVT_PROGRAM
 Path of kvt. Without it kvt is looked for beside kvt\-lab, then on
 .BR PATH .
+.TP
+.B KVT_ON
+Phone to run on, as \-\-on.
+.TP
+.BR KVT_ON_FOLDER ", " KVT_ON_LIBRARIES
+Folder of the programs on a phone (/data/local/tmp/kvt), and their LD_LIBRARY_PATH (/vendor/lib64).
 .SH EXAMPLES
 .nf
 kvt\-lab describe 4 1
 kvt\-lab check 4 1 0 550
 kvt\-lab check \-\-verify 3 3 1 4 0x4
 kvt\-lab check \-\-json 9 10 0 | jq .values.rsrp_rx0.value
+kvt\-lab deploy \-\-on usb && kvt\-lab \-\-on usb check 4 1 0 550
 .fi
 .SH SEE ALSO
 .BR kvt (1)

@@ -35,7 +35,8 @@ class Compiler {
         nest();
         uint64_t printed = 0;
         for (const ScriptEvent& event : script_.events)
-            printed += event.length;
+            if (event.kind == ScriptKind::printed)
+                printed += event.length;
         if (printed != script_.output.size()) {
             error = "the run's output has " + std::to_string(script_.output.size()) +
                     " bytes, its lines tell of " + std::to_string(printed);
@@ -101,6 +102,13 @@ class Compiler {
             span = {event_.n, -1};
             backs_[event_.n] = script_.events.size();
             add_values(event_.in, event);
+            break;
+        case Event::slept:
+            event.kind = ScriptKind::pause;
+            break;
+        case Event::locked:
+            event.kind = ScriptKind::lock;
+            event.length = static_cast<uint64_t>(event_.number);
             break;
         default:
             event.kind = ScriptKind::printed;
@@ -177,9 +185,9 @@ class Compiler {
             if (const uint32_t i = beginning[point]; i != no_event) {
                 ScriptEvent& event = script_.events[i];
                 std::vector<uint32_t>& calls = inside[event.thread];
-                if (event.kind != ScriptKind::back)
+                if (event.kind == ScriptKind::call || event.kind == ScriptKind::open)
                     calls.push_back(i);
-                else if (!calls.empty())
+                else if (event.kind == ScriptKind::back && !calls.empty())
                     event.inside = calls.back();
             }
         }

@@ -201,6 +201,12 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
         } else if (name == "printed") {
             is(Event::printed);
             good = number(event.number, 1, huge);
+        } else if (name == "slept") {
+            is(Event::slept);
+            good = number(event.number, 0, huge);
+        } else if (name == "locked") {
+            is(Event::locked);
+            good = number(event.number, 0, huge);
         } else if (name == "end") {
             is(Event::end);
             good = state_->text(value, event.output);

@@ -28,7 +28,7 @@ struct Service {
 
 /* One line, parsed. Which members count depends on the kind. */
 struct Event {
-    enum Kind { head, call, open, back, done, printed, end };
+    enum Kind { head, call, open, back, done, printed, slept, locked, end };
     Kind kind = head;
     std::string_view run;
     int64_t n = 0;
@@ -37,7 +37,7 @@ struct Event {
     int64_t thread = 0;
     std::string_view name; /* of a call, or the kind of a callback */
     int64_t from = -1;     /* number of the event that came next when the call began; -1: its own */
-    int64_t number = 0;    /* done: the callback's line; printed: bytes */
+    int64_t number = 0;    /* done: the callback's line; printed: bytes; slept: us; locked: which */
     int64_t result = 0;
     int64_t error = 0;       /* errno */
     std::string_view output; /* end: all that was printed */

@@ -88,9 +88,14 @@ bool replay_run(const std::string& kvt, const std::string& libraries, const Scri
     ProcessRequest request;
     request.command = args;
     request.command.insert(request.command.begin(), kvt);
-    const char* const path = std::getenv("LD_LIBRARY_PATH");
-    request.environment = {"LD_LIBRARY_PATH=" + libraries +
-                               (path != nullptr ? std::string(":") + path : ""),
+    const auto in_front = [](const char* name, const std::string& value) {
+        const char* const rest = std::getenv(name);
+        return std::string(name) + "=" + value +
+               (rest != nullptr && *rest != '\0' ? std::string(":") + rest : "");
+    };
+    /* Named as one of the platform's libraries, it is also what kvt finds under the other names. */
+    request.environment = {in_front("LD_LIBRARY_PATH", libraries),
+                           in_front("LD_PRELOAD", libraries + "/libqmi_cci.so"),
                            "KVT_REPLAY=" + file.name(), "KVT_REPLAY_REPORT=" + report.name()};
     request.limit = spare_time;
     for (const ScriptEvent& event : script.events)

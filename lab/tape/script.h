@@ -24,7 +24,7 @@ struct ScriptValue {
     uint8_t is_text = 0;
 };
 
-enum class ScriptKind : uint8_t { call, open, back, printed };
+enum class ScriptKind : uint8_t { call, open, back, printed, pause, lock };
 
 struct ScriptEvent {
     ScriptKind kind = ScriptKind::call;
@@ -40,7 +40,7 @@ struct ScriptEvent {
     std::vector<ScriptValue> values; /* a call's outputs; what a callback brings */
     int64_t result = 0;
     int64_t error = 0;   /* errno */
-    uint64_t length = 0; /* of what was printed */
+    uint64_t length = 0; /* of what was printed; the number of a lock */
 };
 
 struct ScriptService {

@@ -3,11 +3,11 @@
 
 #include <cstdio>
 #include <ctime>
-#include <map>
 
 #include "tape/clients.h"
 #include "tape/describe.h"
 #include "tape/format.h"
+#include "tape/log_page.h"
 
 namespace lab {
 
@@ -83,6 +83,8 @@ class TapePage {
             page_.line();
             break;
         case Event::printed:
+        case Event::slept:
+        case Event::locked:
         case Event::done:
             break;
         }
@@ -269,85 +271,18 @@ class TapePage {
 
 /* ---- a phone's log ---- */
 
-/* Takes the next word off a line. */
-std::string_view word(std::string_view& line) {
-    const size_t end = line.find(' ');
-    const std::string_view taken = line.substr(0, end);
-    line.remove_prefix(end == std::string_view::npos ? line.size() : end + 1);
-    return taken;
-}
-
-class LogPage {
-  public:
-    explicit LogPage(Page& page) : page_(page) {}
-
-    /* False when it is no line of a log. */
-    bool show(std::string_view line) {
-        const std::string_view date = word(line), time = word(line), process = word(line);
-        const std::string_view kind = word(line);
-        if (date.size() != 10 || time.size() < 8 || process.empty() || kind.empty())
-            return false;
-        std::string text;
-        char direction = ' ';
-        bool good = kind != "fault";
-        if (kind == "qmi") {
-            good = qmi(text, line, direction, exchanges_[std::string(process)]);
-        } else if (kind == "diag") {
-            const std::string_view which = word(line);
-            direction = which == "tx" ? '>' : '<';
-            std::string packet;
-            text = which == "lost" ? "diag, came too late: " : "diag ";
-            good = from_hex(line, packet) && describe_diag(text, packet) && which != "lost";
-        } else {
-            text.append(kind).append(1, ' ').append(line);
-        }
-        std::string& out = page_.text();
-        out.append(time).append(1, ' ').append(process).append(1, ' ').append(1, direction);
-        out.append(good ? " " : " FAILED: ").append(text);
-        page_.line();
-        return true;
-    }
-
-  private:
-    static bool qmi(std::string& text, std::string_view line, char& direction, Exchange& exchange) {
-        const std::string_view service = word(line), which = word(line);
-        std::string message;
-        constexpr size_t header = 7;
-        if (!from_hex(line, message) || message.size() < header) {
-            text.append(service).append(" message that can't be read");
-            return false;
-        }
-        const MessageType type = which == "req"   ? MessageType::request
-                                 : which == "rsp" ? MessageType::response
-                                                  : MessageType::indication;
-        direction = type == MessageType::request ? '>' : '<';
-        if (type == MessageType::indication)
-            text = "indication ";
-        return describe_message(text, service_named(service),
-                                static_cast<int64_t>(little_endian(message, 3, 2)), type,
-                                Layout::wire, std::string_view(message).substr(header), exchange);
-    }
-
-    Page& page_;
-    std::map<std::string, Exchange> exchanges_; /* by process */
-};
-
-bool is_log(std::string_view text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    return line.size() > 24 && line[4] == '-' && line[7] == '-' && line[10] == ' ' &&
-           line[13] == ':';
-}
-
 int show_log(const std::string& text) {
     Page page;
-    LogPage log(page);
+    LogPage log;
     size_t number = 0;
     int status = 0;
     for (size_t at = 0; at < text.size();) {
         size_t end = text.find('\n', at);
         end = end == std::string::npos ? text.size() : end;
         ++number;
-        if (!log.show(std::string_view(text).substr(at, end - at))) {
+        if (log.show(std::string_view(text).substr(at, end - at), page.text())) {
+            page.line();
+        } else {
             std::fprintf(stderr, "kvt-lab: line %zu: not a line of a phone's log\n", number);
             status = 1;
         }

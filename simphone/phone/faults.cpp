@@ -9,8 +9,11 @@
 
 #include <fnmatch.h>
 
+#include "phone_files.h"
+
 #include "phone/complaint.h"
 #include "phone/guarded.h"
+#include "phone/lock.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
 
@@ -19,62 +22,24 @@ namespace simphone {
 namespace {
 
 constexpr const char* file = "faults";
+constexpr const char* counts_file = "faults.counts";
 
-struct Action {
-    const char* name;
-    Fault::Kind kind;
-    enum Takes { nothing, result, milliseconds, answer } takes;
-};
+using phone_files::Action;
+using phone_files::calls;
+using phone_files::Takes;
 
-constexpr Action actions[] = {
-    {"error", Fault::Kind::error, Action::result},
-    {"timeout", Fault::Kind::timeout, Action::nothing},
-    {"gone", Fault::Kind::gone, Action::nothing},
-    {"late", Fault::Kind::late, Action::milliseconds},
-    {"empty", Fault::Kind::empty, Action::nothing},
-    {"short", Fault::Kind::cut, Action::nothing},
-    {"long", Fault::Kind::lengthy, Action::nothing},
-    {"garbage", Fault::Kind::garbage, Action::nothing},
-    {"restart", Fault::Kind::restart, Action::nothing},
-    {"reply", Fault::Kind::reply, Action::answer},
-};
-
-/* Every call that a rule can name. */
-constexpr const char* calls[] = {
-    "qmi_client_notifier_init",
-    "qmi_client_get_service_list",
-    "qmi_client_init",
-    "qmi_client_init_instance",
-    "qmi_client_send_msg_sync",
-    "qmi_client_message_decode",
-    "qmi_client_register_error_cb",
-    "qmi_client_register_notify_cb",
-    "qmi_client_release",
-    "qmi_cci_os_signal_wait",
-    "Diag_LSM_Init",
-    "Diag_LSM_DeInit",
-    "diag_switch_logging",
-    "diag_register_callback",
-    "diag_register_remote_callback",
-    "diag_has_remote_device",
-    "diag_callback_send_data",
-    "diag_register_dci_client",
-    "diag_register_dci_signal_data",
-    "diag_get_dci_support_list_proc",
-    "diag_register_dci_stream_proc",
-    "diag_send_dci_async_req",
-    "diag_release_dci_client",
-    "property_get",
-    "property_set",
-    "at_open",
-    "at_command",
-};
+/* What an action of the table does. */
+Fault::Kind kind_of(const Action& action) {
+    return static_cast<Fault::Kind>(&action - phone_files::actions);
+}
+static_assert(std::size(phone_files::actions) == static_cast<size_t>(Fault::Kind::reply) + 1);
 
 struct Rule {
     int line;
     std::string text;
     std::string pattern;
-    int64_t nth; /* the call that it is for; 0: each */
+    int64_t nth;   /* the call that it is for; 0: each */
+    int64_t every; /* each so many of all processes' calls; 0: nth counts */
     Fault fault;
 };
 
@@ -95,14 +60,15 @@ bool can_match(const std::string& pattern) {
 }
 
 const Action* find_action(const std::string& name) {
-    const auto* const found = std::find_if(std::begin(actions), std::end(actions),
-                                           [&](const Action& row) { return name == row.name; });
-    return found == std::end(actions) ? nullptr : found;
+    const auto* const found =
+        std::find_if(std::begin(phone_files::actions), std::end(phone_files::actions),
+                     [&](const Action& row) { return name == row.name; });
+    return found == std::end(phone_files::actions) ? nullptr : found;
 }
 
 std::string action_names() {
     std::string text;
-    for (const Action& action : actions)
+    for (const Action& action : phone_files::actions)
         text += std::string(text.empty() ? "" : " ") + action.name;
     return text;
 }
@@ -112,21 +78,21 @@ void read_argument(const Action& action, Fault& fault) {
     const std::string& text = fault.argument;
     const Word word{text, fault.line};
     switch (action.takes) {
-    case Action::nothing:
+    case Takes::nothing:
         if (!text.empty())
             complain(file, fault.line, std::string(action.name) + " takes no argument");
         return;
-    case Action::result:
+    case Takes::result:
         if (!text.empty() && whole_number(text))
             fault.number = number_within(file, word, {INT32_MIN, INT32_MAX}, 0);
         else if (!text.empty())
             complain(file, fault.line,
                      "'" + text + "' is no result: error takes a number, or nothing");
         return;
-    case Action::milliseconds:
+    case Takes::milliseconds:
         fault.number = number_within(file, word, {0, 60 * 60 * 1000}, 0);
         return;
-    case Action::answer:
+    case Takes::answer:
         return;
     }
 }
@@ -142,10 +108,12 @@ std::optional<Rule> read_rule(const std::string& text, int line) {
     }
     std::getline(words >> std::ws, argument);
     argument.erase(argument.find_last_not_of(" \t\r") + 1);
-    const int64_t nth = when == "*" ? 0 : whole_number(when).value_or(-1);
-    if (nth < 0 || (nth == 0 && when != "*")) {
+    const bool share = when.rfind("*/", 0) == 0;
+    const int64_t number =
+        when == "*" ? 0 : whole_number(share ? when.substr(2) : when).value_or(-1);
+    if (number < 0 || (number == 0 && when != "*")) {
         complain(file, line,
-                 "'" + when + "' is no call's number: * for each, or the number, from 1");
+                 "'" + when + "' is no call's number: * for each, the number, from 1, or */N");
         return std::nullopt;
     }
     const Action* const action = find_action(name);
@@ -156,7 +124,12 @@ std::optional<Rule> read_rule(const std::string& text, int line) {
     if (!can_match(pattern))
         complain(file, line,
                  "no call is named '" + pattern + "'; the log's lines \"call\" show their names");
-    Rule rule{line, text, pattern, nth, {action->kind, argument, std::nullopt, line}};
+    Rule rule{line,
+              text,
+              pattern,
+              share ? 0 : number,
+              share ? number : 0,
+              {kind_of(*action), argument, std::nullopt, line}};
     read_argument(*action, rule.fault);
     return rule;
 }
@@ -172,6 +145,33 @@ std::vector<Rule> read_rules() {
         if (std::optional<Rule> rule = read_rule(line, ++number))
             rules.push_back(std::move(*rule));
     return rules;
+}
+
+/* Counts a call that a rule matches, over all processes: the file holds a line for each such rule,
+ * the number and the rule. */
+int64_t count_for_all(const std::string& rule) {
+    const Lock lock;
+    std::string kept;
+    int64_t count = 1;
+    const Bytes bytes = read_file(counts_file).value_or(Bytes());
+    std::istringstream lines(std::string(bytes.begin(), bytes.end()));
+    for (std::string line; std::getline(lines, line);) {
+        const size_t blank = line.find(' ');
+        if (blank != std::string::npos && line.substr(blank + 1) == rule)
+            count += whole_number(line.substr(0, blank)).value_or(0);
+        else
+            kept += line + "\n";
+    }
+    if (lock.held())
+        note_text(counts_file, kept + std::to_string(count) + " " + rule);
+    return count;
+}
+
+/* Whether a rule that matches its nth call in this process applies to it. */
+bool is_due(const Rule& rule, int64_t nth) {
+    if (rule.every > 0)
+        return count_for_all(rule.text) % rule.every == 0;
+    return rule.nth == 0 || rule.nth == nth;
 }
 
 /* What became of each rule in this process, by its line and text. */
@@ -222,7 +222,7 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
             if (!matches(rule.pattern, call, name))
                 continue;
             const int64_t nth = ++use.matched;
-            if (found || (rule.nth != 0 && rule.nth != nth))
+            if (found || !is_due(rule, nth))
                 continue;
             ++use.applied;
             found = rule.fault;

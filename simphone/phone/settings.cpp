@@ -12,51 +12,13 @@ namespace simphone {
 
 namespace {
 
-constexpr Range no_number = {1, 0};
-constexpr Range flag = {0, 1};
-constexpr Range u8 = {0, UINT8_MAX};
-constexpr Range u16 = {0, UINT16_MAX};
-constexpr Range u32 = {0, UINT32_MAX};
-constexpr Range duration = {0, day_ms};
-constexpr Range pause = {0, 60 * 60 * 1000};
+using phone_files::Setting;
 
-struct Row {
-    const char* name;
-    const char* fallback;
-    Range range;
-    const char* words; /* what may stand there besides a number */
-};
-
-constexpr Row rows[] = {
-    {"restart_ms", "500", duration, ""},
-    {"nv_syncs", "0", u32, ""},
-    {"sim/1", "present", no_number, "present absent error"},
-    {"sim/2", "present", no_number, "present absent error"},
-    {"sim/2.kind", "euicc", no_number, "euicc psim"},
-    {"sim/type", "2", u32, ""},
-    {"euicc/boot_ms", "0", duration, ""},
-    {"euicc/max_channels", "3", {0, 19}, ""}, /* what a card can number */
-    {"sar/dsi", "0", {INT32_MIN, UINT32_MAX}, "none"},
-    {"stats_debug/version", "4", u8, ""},
-    {"stats_debug/enabled", "1", flag, ""},
-    {"stats_debug/queries", "0", u32, ""},
-    {"diag/silent", "0", flag, ""},
-    {"diag/delay_ms", "5", pause, ""},
-    {"diag/gap_ms", "0", pause, ""},
-    {"diag/repeat", "1", {0, 1000}, ""},
-    {"diag/callback_chunk", "0", u32, ""},
-    {"diag/dci_chunk", "4096", u32, ""},
-    {"diag/from", "0", {0, 16}, "none"},
-    {"diag/remote_mask", "0", u16, ""},
-    {"diag/peripherals", "2", u16, ""},
-    {"diag/loose", "0", flag, ""},
-};
-
-const Row& row_of(const std::string& name) {
-    for (const Row& row : rows)
-        if (name == row.name)
+const Setting& row_of(const std::string& name) {
+    for (const Setting& row : phone_files::settings)
+        if (name == row.file)
             return row;
-    static constexpr Row unknown = {"", "0", {INT64_MIN, INT64_MAX}, ""};
+    static constexpr Setting unknown = {"", "0", {INT64_MIN, INT64_MAX}, "", "", ""};
     return unknown;
 }
 
@@ -81,7 +43,7 @@ int64_t clamped(const std::string& file, const Word& word, Range range, int64_t 
 
 /* The setting as it counts: one of its words, or a number within its range. */
 std::string checked(const std::string& name) {
-    const Row& row = row_of(name);
+    const Setting& row = row_of(name);
     const std::string text = setting_text(name, row.fallback);
     const std::vector<Word> words = words_of(text);
     const Word first = words.empty() ? Word{"", 1} : words[0];
@@ -101,7 +63,7 @@ std::string checked(const std::string& name) {
 
 } // namespace
 
-bool is_setting(const std::string& name) { return *row_of(name).name != '\0'; }
+bool is_setting(const std::string& name) { return *row_of(name).file != '\0'; }
 
 int64_t setting_number(const std::string& name) { return whole_number(checked(name)).value_or(0); }
 

@@ -10,9 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "phone_files.h"
+
 namespace simphone {
 
-/* A setting of the table in settings.cpp: a number, decimal or hexadecimal behind 0x, or one of a
+/* A setting of the table in phone_files.h: a number, decimal or hexadecimal behind 0x, or one of a
  * few words. setting_number() is for those that have no words. */
 int64_t setting_number(const std::string& name);
 std::string setting(const std::string& name);
@@ -36,17 +38,13 @@ std::vector<Word> words_of(const std::string& text);
 /* A whole word as a number; nothing when it is none. What does not fit is INT64_MIN or MAX. */
 std::optional<int64_t> whole_number(const std::string& text);
 
-struct Range {
-    int64_t least;
-    int64_t most;
-};
+using phone_files::Range;
 
 /* The word as a number within range, told when it is none or out of it; fallback when it is none.
  */
 int64_t number_within(const std::string& file, const Word& word, Range range, int64_t fallback);
 
-/* The longest time that anything in the phone may be made to take. */
-constexpr int64_t day_ms = INT64_C(24) * 60 * 60 * 1000;
+using phone_files::day_ms;
 /* Milliseconds since the epoch, as state files hold them. */
 constexpr Range times = {0, INT64_C(1) << 50};
 

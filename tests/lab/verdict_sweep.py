@@ -23,6 +23,9 @@ import sys
 import tempfile
 import tomllib
 
+# Phones come and go by the hundred: a file system on a disk avoids places that were freed a moment ago.
+MEMORY = "/dev/shm" if os.path.isdir("/dev/shm") else None
+
 FAILURES = ["error -16", "garbage", "timeout", "restart", "error -1", "gone", "empty", "short", "long", "late 30"]
 
 # Further forms of commands, whose calls differ from those of the row's example.
@@ -86,7 +89,7 @@ class Sweep:
 
     def check(self, line, files, *flags):
         """Runs kvt-lab check on a phone of its own: its report, the phone's state and the fault lines."""
-        phone = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        phone = pathlib.Path(tempfile.mkdtemp(prefix="kvt-verdicts-", dir=MEMORY))
         self.make_phone(phone, files)
         kvt = self.folder / "kvt"
         run = subprocess.run([self.options.kvt_lab, "--kvt", kvt, "check", "--json", "--yes", *flags, *line.split()],
@@ -173,7 +176,7 @@ def main():
     for name in ("kvt_lab", "kvt", "catalogue", "preload"):
         parser.add_argument(name)
     parser.add_argument("--short", action="store_true")
-    parser.add_argument("--jobs", type=int, default=2 * (os.cpu_count() or 1))
+    parser.add_argument("--jobs", type=int, default=4 * (os.cpu_count() or 1))
     return Sweep(parser.parse_args()).run()
 
 

@@ -119,6 +119,13 @@ int putc(int character, std::FILE* stream) { return fputc(character, stream); }
 
 int putchar(int character) { return fputc(character, stdout); }
 
+/* A program may hold the lock while it prints a line in pieces: its turn begins with the lock. */
+void flockfile(std::FILE* stream) {
+    if (stream == stdout)
+        before_output_lock();
+    C_LIBRARY(flockfile)(stream);
+}
+
 size_t fwrite(const void* data, size_t size, size_t count, std::FILE* stream) {
     if (stream != stdout)
         return C_LIBRARY(fwrite)(data, size, count, stream);

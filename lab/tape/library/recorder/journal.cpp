@@ -16,6 +16,7 @@
 
 #include "program.h"
 #include "symbols.h"
+#include "threads.h"
 
 namespace journal {
 
@@ -65,7 +66,7 @@ struct Journal {
     Text properties;
     size_t printed_bytes = 0; /* by printed_thread, since the last event */
     int printed_thread = 0;
-    int threads = 0;
+    int threads = 0; /* of the platform */
     int ending_thread = -1;
     InFlight* in_flight = nullptr;
     Numbers handles, pointers;
@@ -75,8 +76,6 @@ struct Journal {
  * process ends. Until then all of it is zero: nobody records. */
 alignas(Journal) unsigned char g_storage[sizeof(Journal)];
 Journal& g_journal = reinterpret_cast<Journal&>(g_storage);
-
-thread_local int t_thread = -1;
 
 class Guard {
   public:
@@ -235,7 +234,6 @@ void start(int argc, char** argv, const char* tape) {
         ::close(fd);
     end_cut_line();
     set_state(running);
-    this_thread();
     write_head(argc, argv);
 }
 
@@ -287,6 +285,30 @@ __attribute__((destructor)) void unload() {
 
 bool recording() { return state() == running; }
 
+bool changes_hands(const void* mutex) {
+    struct Owner {
+        const void* mutex;
+        int thread;
+    };
+    /* More locks than these are told each time. */
+    static Owner owners[1024];
+    const size_t room = sizeof owners / sizeof owners[0];
+    const int thread = this_thread();
+    const Guard guard;
+    const size_t first = reinterpret_cast<uintptr_t>(mutex) / 8 % room;
+    for (size_t i = 0; i < room; ++i) {
+        Owner& owner = owners[(first + i) % room];
+        if (owner.mutex == mutex && owner.thread == thread)
+            return false;
+        if (owner.mutex != mutex && owner.mutex != nullptr)
+            continue;
+        const bool told = threads::several();
+        owner = {told ? mutex : nullptr, thread};
+        return told;
+    }
+    return true;
+}
+
 long long now_us() {
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -295,9 +317,10 @@ long long now_us() {
 }
 
 int this_thread() {
-    if (t_thread < 0)
-        t_thread = __atomic_fetch_add(&g_journal.threads, 1, __ATOMIC_RELAXED);
-    return t_thread;
+    if (threads::current() == threads::unknown)
+        threads::set_current(threads::first_of_platform +
+                             __atomic_fetch_add(&g_journal.threads, 1, __ATOMIC_RELAXED));
+    return threads::current();
 }
 
 void begin(InFlight& call) {

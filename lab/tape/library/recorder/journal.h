@@ -15,7 +15,7 @@ bool recording();
 /* Microseconds since the run began. */
 long long now_us();
 
-/* Threads are numbered as they come up; the program's first one is 0. */
+/* The calling thread's number, see threads.h. */
 int this_thread();
 
 /* A call that has begun and not yet returned: what a line about it needs when the program ends
@@ -45,6 +45,10 @@ void printed(const char* text, size_t length);
 /* Delays a thread that prints while the program ends: whether its text is still seen is chance, and
  * the tape does not hold it any more. */
 void hold_after_end();
+
+/* Notes that the calling thread has the lock; true when another had it before, or nobody, while
+ * there is more than one thread. */
+bool changes_hands(const void* mutex);
 
 /* What the platform said a property was. */
 void property(const char* key, const char* value);

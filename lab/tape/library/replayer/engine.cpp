@@ -10,6 +10,7 @@
 #include <thread>
 #include <unordered_map>
 
+#include <dlfcn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,6 +18,7 @@
 #include "deliver.h"
 #include "objects.h"
 #include "order.h"
+#include "threads.h"
 
 namespace engine {
 
@@ -34,6 +36,8 @@ struct Engine {
     Script script;
     Order order;
     std::unordered_map<std::string, std::deque<uint32_t>> sequences;
+    std::map<int, std::deque<uint32_t>> pauses; /* of each thread */
+    std::map<int, std::deque<uint32_t>> locks;
     std::vector<uint32_t> printed;           /* events, in their order */
     std::vector<std::vector<uint32_t>> came; /* callbacks that came out of each call */
     size_t print_at = 0;                     /* in printed */
@@ -55,6 +59,7 @@ struct Engine {
     unsigned char* area = nullptr;
     size_t area_size = 0;
 
+    bool active = false;
     int report = 2;
     unsigned differences = 0;
 };
@@ -186,7 +191,8 @@ void run_callback(Order::Lock& lock, const ScriptEvent& event) {
 }
 
 /* A thread of the platform's own, with the callbacks that came on it. */
-void platform_thread(const std::vector<uint32_t>& events) {
+void platform_thread(int number, const std::vector<uint32_t>& events) {
+    threads::set_current(number);
     Order::Lock lock(g_engine.order.mutex());
     for (const uint32_t i : events) {
         const ScriptEvent& event = g_engine.script.events[i];
@@ -214,6 +220,10 @@ bool load_script(const char* descriptor) {
 }
 
 bool load() {
+    /* A shell that only starts the program is not it. */
+    g_engine.active = ::dlopen("libqmi_cci.so", RTLD_NOLOAD | RTLD_LAZY) != nullptr;
+    if (!g_engine.active)
+        return false;
     const char* const descriptor = std::getenv("KVT_REPLAY");
     const char* const report = std::getenv("KVT_REPLAY_REPORT");
     if (report != nullptr)
@@ -225,7 +235,7 @@ bool load() {
     g_engine.came.resize(script.events.size());
     for (const ScriptService& service : script.services)
         objects::set(service);
-    static std::map<uint32_t, std::vector<uint32_t>> threads;
+    static std::map<uint32_t, std::vector<uint32_t>> platform_threads;
     for (uint32_t i = 0; i < script.events.size(); ++i) {
         const ScriptEvent& event = script.events[i];
         switch (event.kind) {
@@ -236,15 +246,24 @@ bool load() {
             if (event.inside < script.events.size())
                 g_engine.came[event.inside].push_back(i);
             else
-                threads[event.thread].push_back(i);
+                platform_threads[event.thread].push_back(i);
+            break;
+        case ScriptKind::pause:
+            g_engine.pauses[static_cast<int>(event.thread)].push_back(i);
+            break;
+        case ScriptKind::lock:
+            g_engine.locks[static_cast<int>(event.thread)].push_back(i);
             break;
         default:
-            g_engine.sequences[sequence_of(event.name, event.inputs)].push_back(i);
+            if (event.name == "sleep")
+                g_engine.pauses[static_cast<int>(event.thread)].push_back(i);
+            else
+                g_engine.sequences[sequence_of(event.name, event.inputs)].push_back(i);
             break;
         }
     }
-    for (const auto& [number, events] : threads)
-        std::thread(platform_thread, std::cref(events)).detach();
+    for (const auto& [number, events] : platform_threads)
+        std::thread(platform_thread, static_cast<int>(number), std::cref(events)).detach();
     return true;
 }
 
@@ -254,6 +273,8 @@ bool load() {
 /* The program's end has its place in the order too: what other threads did before it is waited
  * for. */
 __attribute__((destructor)) void unload() {
+    if (!g_engine.active)
+        return;
     Order::Lock lock(g_engine.order.mutex());
     if (g_engine.script.points > 0 && g_engine.differences == 0)
         g_engine.order.wait_turn(lock, g_engine.script.points - 1, patience);
@@ -323,6 +344,57 @@ void end_call(const ScriptEvent& event) {
     const Order::Lock lock(g_engine.order.mutex());
     g_engine.order.pass(event.end);
 }
+
+/* ---- pauses ---- */
+
+const ScriptEvent* begin_pause() {
+    Order::Lock lock(g_engine.order.mutex());
+    const auto it = g_engine.pauses.find(threads::current());
+    if (g_engine.order.loose() || it == g_engine.pauses.end() || it->second.empty())
+        return nullptr;
+    const ScriptEvent& event = g_engine.script.events[it->second.front()];
+    it->second.pop_front();
+    g_engine.order.wait_turn(lock, event.begin, patience_for(event));
+    if (event.begin != event.end)
+        g_engine.order.pass(event.begin);
+    return &event;
+}
+
+void end_pause(const ScriptEvent& event) {
+    if (event.end == no_point)
+        return;
+    Order::Lock lock(g_engine.order.mutex());
+    g_engine.order.wait_turn(lock, event.end, patience_for(event));
+    g_engine.order.pass(event.end);
+}
+
+/* ---- locks ---- */
+
+const ScriptEvent* begin_lock(unsigned number) {
+    if (!g_engine.active)
+        return nullptr;
+    Order::Lock lock(g_engine.order.mutex());
+    const auto it = g_engine.locks.find(threads::current());
+    if (g_engine.order.loose() || it == g_engine.locks.end())
+        return nullptr;
+    std::deque<uint32_t>& events = it->second;
+    const auto numbered = [&] { return g_engine.script.events[events.front()].length; };
+    while (!events.empty() && numbered() < number)
+        events.pop_front();
+    if (events.empty() || numbered() != number)
+        return nullptr;
+    const ScriptEvent& event = g_engine.script.events[events.front()];
+    events.pop_front();
+    g_engine.order.wait_turn(lock, event.begin, patience_for(event));
+    return &event;
+}
+
+void end_lock(const ScriptEvent& event) {
+    const Order::Lock lock(g_engine.order.mutex());
+    g_engine.order.pass(event.begin);
+}
+
+bool takes_its_time() { return g_engine.script.as_recorded != 0; }
 
 const ScriptValue* value_of(const ScriptEvent& event, const char* name) {
     for (const ScriptValue& value : event.values)
@@ -398,16 +470,29 @@ void set_response_area(unsigned char* area, size_t size) {
 
 namespace {
 
-/* The text that comes next in the recorded output begins with this one, and all before it has
- * happened. */
-bool text_is_next(const char* text, size_t length) {
-    if (g_engine.printing || g_engine.print_at == g_engine.printed.size())
-        return false;
+/* Whether a text may be printed now. */
+enum class Turn {
+    now,
+    later, /* other things come before it */
+    never, /* the recorded run printed something else here */
+};
+
+Turn turn_of(const char* text, size_t length) {
+    if (g_engine.printing)
+        return Turn::later;
+    if (g_engine.print_at == g_engine.printed.size())
+        return threads::current() == 0 ? Turn::never : Turn::later;
     const ScriptEvent& event = g_engine.script.events[g_engine.printed[g_engine.print_at]];
+    if (g_engine.order.next() < event.begin ||
+        (threads::current() != threads::unknown &&
+         threads::current() != static_cast<int>(event.thread)))
+        return Turn::later;
     const std::string& output = g_engine.script.output;
-    return g_engine.order.next() >= event.begin && length <= event.length - g_engine.print_used &&
-           length <= output.size() - g_engine.output_at &&
-           output.compare(static_cast<size_t>(g_engine.output_at), length, text, length) == 0;
+    const bool same =
+        length <= event.length - g_engine.print_used &&
+        length <= output.size() - g_engine.output_at &&
+        output.compare(static_cast<size_t>(g_engine.output_at), length, text, length) == 0;
+    return same ? Turn::now : threads::current() == threads::unknown ? Turn::later : Turn::never;
 }
 
 /* The program prints something else than it did: from here on its output keeps no order. */
@@ -420,27 +505,50 @@ void print_freely() {
 
 } // namespace
 
-void before_printing(const char* text, size_t length) {
-    if (length == 0)
-        return;
-    Order::Lock lock(g_engine.order.mutex());
-    const auto ready = [&] { return g_engine.print_freely || text_is_next(text, length); };
+namespace {
+
+/* Waits for the text's turn; one of no length has it with any text of its thread. */
+void wait_to_print(Order::Lock& lock, const char* text, size_t length) {
+    Turn turn = Turn::later;
     const microseconds limit =
         g_engine.print_at < g_engine.printed.size()
             ? patience_for(g_engine.script.events[g_engine.printed[g_engine.print_at]])
             : patience;
-    if (!g_engine.print_freely && !g_engine.order.wait_for(lock, limit, ready))
+    g_engine.order.wait_for(lock, limit, [&] {
+        turn = g_engine.print_freely ? Turn::now : turn_of(text, length);
+        return turn != Turn::later;
+    });
+    if (turn != Turn::now)
         print_freely();
+}
+
+} // namespace
+
+void before_printing(const char* text, size_t length) {
+    if (length == 0 || !g_engine.active)
+        return;
+    Order::Lock lock(g_engine.order.mutex());
+    wait_to_print(lock, text, length);
     g_engine.printing = true;
 }
 
+void before_output_lock() {
+    if (!g_engine.active)
+        return;
+    Order::Lock lock(g_engine.order.mutex());
+    if (threads::current() != threads::unknown)
+        wait_to_print(lock, "", 0);
+}
+
 void after_printing(size_t length) {
-    if (length == 0)
+    if (length == 0 || !g_engine.active)
         return;
     const Order::Lock lock(g_engine.order.mutex());
     g_engine.printing = false;
-    if (g_engine.print_freely)
+    if (g_engine.print_freely) {
+        g_engine.order.wake();
         return;
+    }
     g_engine.print_used += length;
     g_engine.output_at += length;
     const ScriptEvent& event = g_engine.script.events[g_engine.printed[g_engine.print_at]];

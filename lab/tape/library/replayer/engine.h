@@ -29,6 +29,27 @@ void end_call(const ScriptEvent& event);
 
 const ScriptValue* value_of(const ScriptEvent& event, const char* name);
 
+/* ---- pauses ---- */
+
+/* The thread's next recorded pause, begun; null when it has none any more, or there is no order to
+ * keep. */
+const ScriptEvent* begin_pause();
+
+/* Waits for the turn of its end. */
+void end_pause(const ScriptEvent& event);
+
+/* True: whatever took time takes it again. */
+bool takes_its_time();
+
+/* ---- locks ---- */
+
+/* The thread's lock of this number, when its turn has come; null when the tape does not tell of
+ * it. */
+const ScriptEvent* begin_lock(unsigned number);
+
+/* It is taken. */
+void end_lock(const ScriptEvent& event);
+
 /* ---- numbers, as the recorder gives them ---- */
 
 void add_handle(const void* handle, int number, const void* os_params);
@@ -55,5 +76,8 @@ std::string service_name(const void* service);
 /* Waits until the text stands next in the recorded output. */
 void before_printing(const char* text, size_t length);
 void after_printing(size_t length);
+
+/* Waits until it is this thread that prints next, whatever it is. */
+void before_output_lock();
 
 } // namespace engine

@@ -6,6 +6,12 @@
 
 #include "engine.h"
 
+inline void before_output_lock() {
+    const int error = errno;
+    engine::before_output_lock();
+    errno = error;
+}
+
 class Printing {
   public:
     Printing(const char* text, size_t length) : length_(length) {

@@ -1,0 +1,31 @@
+#!/bin/sh
+# Many exchanges and restarts, recorded and replayed: both print the same, and no sanitizer has
+# anything to say.
+#
+#   tape_stress.sh BUILD EXCHANGES RESTARTS
+build=$1
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/phone/prop" "$work/phone/diag"
+echo 0 >"$work/phone/prop/persist.vendor.radio.adb_log_ov"
+echo 2 >"$work/phone/restart_ms"
+echo 1 >"$work/phone/diag/delay_ms"
+export KVT_PHONE="$work/phone"
+export ASAN_OPTIONS="verify_asan_link_order=0:log_path=$work/report:$ASAN_OPTIONS"
+export UBSAN_OPTIONS="print_stacktrace=1:log_path=$work/report:$UBSAN_OPTIONS"
+export TSAN_OPTIONS="atexit_sleep_ms=0:log_path=$work/report:$TSAN_OPTIONS"
+lab="$build/bin/kvt-lab --kvt $build/bin/tape_stress"
+status=0
+try() {
+    $lab record "$work/tape" -- "$@" >"$work/out" 2>"$work/err" || {
+        echo "recording $*:" && tail -5 "$work/out" && cat "$work/err"
+        status=1
+    }
+}
+try diag "$2"
+try restarts "$3"
+KVT_PHONE=$work/none $lab replay "$work/tape" || status=1
+for report in "$work"/report*; do
+    [ -e "$report" ] && head -60 "$report" && status=1
+done
+exit $status
