@@ -18,7 +18,7 @@ std::vector<std::string> hard_words() {
 }
 
 TEST_F(AdbTest, HandsEveryByteToKvtThroughBothWaysOfBeingRoot) {
-    const std::string at = "AT+CGDCONT=1,\"IP\",\"a b$c\"";
+    const std::string at = "AT+CGDCONT=1,\"IP\",\"a;b$c\"";
     for (const char* const root : {"adbd", "su"}) {
         const fs::path phone = add_phone(root, {{"root", root}});
         put_kvt(root, "echo $PHONE_USER > " + (phone / "user").string() +
