@@ -62,8 +62,8 @@ std::string draw_panel(const Levels& levels, std::string_view unit, double y0) {
         svg += text("<path class='grid' d='M%.1f %.1fV%.1f'/><text x='%.1f' y='%.1f' "
                     "class='mid'>%g s</text>\n",
                     x(time), y0, y0 + panel, x(time), y0 + panel + 14, time);
-    svg += text("<text x='%.0f' y='%.1f'>%.*s</text>\n", 8.0, y0 - 8,
-                static_cast<int>(unit.size()), unit.data());
+    svg += text("<text x='%.0f' y='%.1f'>%.*s</text>\n", 8.0, y0 - 8, static_cast<int>(unit.size()),
+                unit.data());
     size_t row = 0;
     for (const Series& series : levels.series) {
         if (series.unit != unit)
