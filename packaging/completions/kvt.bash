@@ -104,7 +104,7 @@ _kvt_rows='0||3|RF tests
 1|7|1|check the statistics feature; show the statistics debug information
 2|7 1|0|check the statistics feature
 2|7 1|1|show the statistics debug information
-1|8||atcmd_cxt: the AT command; kvt sends what stands before the first blank; ...
+1|8||atcmd_cxt: the AT command, one word without blanks; a shell reads it ...
 1|9|0|4G PCC levels
 2|9 0|0|sub: subscription
 2|9 0|1|sub: subscription
