@@ -1,5 +1,6 @@
 /* kvt-lab: reads the command line and hands it to the verb. */
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <functional>
 
@@ -237,6 +238,8 @@ constexpr Verb verbs[] = {
 } // namespace
 
 int main(int argc, char** argv) {
+    /* A file that may not grow is a failed write, not the end of us. */
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
     app.require_subcommand(1);
     app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");

@@ -14,7 +14,17 @@ std::vector<std::string> hard_words() {
     std::string bytes;
     for (int byte = 1; byte < 256; ++byte)
         bytes += static_cast<char>(byte);
-    return {bytes, "", " ", "-x", "A=1", "*", "'", "\\", "$(id)", "\nkvt-lab-end 0\n"};
+    return {bytes,
+            "AT+CGDCONT=1,\"IP\",\"a b$c\"",
+            "",
+            " ",
+            "-x",
+            "A=1",
+            "*",
+            "'",
+            "\\",
+            "$(id)",
+            "\nkvt-lab-end 0\n"};
 }
 
 TEST_F(AdbTest, HandsEveryByteToKvtThroughBothWaysOfBeingRoot) {
