@@ -1,6 +1,4 @@
-# What runs on the phone is built for every platform: the doctor, and the recorder, which needs no
-# package at all. Neither does the replayer.
-add_subdirectory(lab/phone)
+# The recorder and the replayer need no package; the recorder is for phones too.
 add_subdirectory(lab/tape/library)
 
 # The lab is built where its packages are; the tool needs none of them.

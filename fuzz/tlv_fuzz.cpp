@@ -10,7 +10,7 @@
 #include "modem/modem.h"
 #include "modem/tlv.h"
 #include "orvik_extend_idl.h"
-#include "phone/phone.h"
+#include "phone/lock.h"
 #include "qmi_common.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

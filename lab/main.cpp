@@ -118,24 +118,31 @@ void read_watch(CLI::App& app, const Common& common, std::function<int()>& chose
     chosen = [&] { return watch(common, options); };
 }
 
+/* What a person is told of a verb, or of an action of it, under that name. */
+VerbText verb_text(const CLI::App& verb, const std::string& name) {
+    const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
+    VerbText text{name, "", verb.get_description(), {}};
+    for (const CLI::Option* const option : verb.get_options(not_help)) {
+        std::string type = option->get_items_expected_max() > 0 ? option->get_type_name() : "";
+        type.erase(std::min(type.find(':'), type.size())); /* what it checks */
+        if (option->get_positional())
+            text.usage += (text.usage.empty() ? "" : " ") + option->get_name();
+        else
+            text.options.push_back(
+                {option->get_name() + (type.empty() ? "" : " " + type), option->get_description()});
+    }
+    return text;
+}
+
 /* The verbs and options that a person is shown. */
 std::vector<VerbText> verb_texts(const CLI::App& all) {
-    const auto not_help = [](const CLI::Option* option) { return option->get_name() != "--help"; };
     std::vector<VerbText> verbs;
     for (const CLI::App* const verb : all.get_subcommands(nullptr)) {
         if (verb->get_group().empty())
             continue;
-        VerbText text{verb->get_name(), "", verb->get_description(), {}};
-        for (const CLI::Option* const option : verb->get_options(not_help)) {
-            std::string type = option->get_items_expected_max() > 0 ? option->get_type_name() : "";
-            type.erase(std::min(type.find(':'), type.size())); /* what it checks */
-            if (option->get_positional())
-                text.usage += (text.usage.empty() ? "" : " ") + option->get_name();
-            else
-                text.options.push_back({option->get_name() + (type.empty() ? "" : " " + type),
-                                        option->get_description()});
-        }
-        verbs.push_back(std::move(text));
+        verbs.push_back(verb_text(*verb, verb->get_name()));
+        for (const CLI::App* const action : verb->get_subcommands(nullptr))
+            verbs.push_back(verb_text(*action, verb->get_name() + " " + action->get_name()));
     }
     return verbs;
 }

@@ -70,7 +70,7 @@ class TranscriptTest : public testing::Test {
         dir_ = name;
         scratch_ = new_scratch_folder();
         fs::create_directories(dir_ / "bin");
-        script("kvt", "[ -z \"$KVT_EMULATOR\" ] || export KVT_AT_LIBRARY='" KVT_AT_REDIRECT "'\n"
+        script("kvt", "[ -z \"$KVT_EMULATOR\" ] || export KVT_AT_FOLDER='" KVT_AT_FOLDER "'\n"
                       "exec ${KVT_EMULATOR:-} \"${KVT_PROGRAM:-" KVT_PROGRAM "}\" \"$@\"");
         script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
         script("kvt_fake", "exec sh \"$KVT_PHONE/fake\" \"$@\"");

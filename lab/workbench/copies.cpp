@@ -63,6 +63,9 @@ bool apply(const Scenario& scenario, const fs::path& directory, std::string& err
             if (!set_name(name, values, sub, error))
                 return false;
     }
+    for (const auto& [name, text] : scenario.files)
+        if (!write_phone_file(name, text, error))
+            return false;
     std::string rules;
     for (const std::string& rule : scenario.faults) {
         error = wrong_with_rule(rule);

@@ -14,10 +14,18 @@ namespace {
 
 constexpr const char* fault_file = "faults";
 
+/* Name, unit, range and meaning in columns. */
 int list_names() {
-    for (const Name& name : all_names())
-        std::printf("%-45s %-6s %-50s %s\n", name.name.c_str(), name.unit.c_str(),
-                    name.range.c_str(), name.meaning.c_str());
+    const std::vector<Name> names = all_names();
+    size_t name_width = 0, range_width = 0;
+    for (const Name& name : names) {
+        name_width = std::max(name_width, name.name.size());
+        range_width = std::max(range_width, name.range.size());
+    }
+    for (const Name& name : names)
+        std::printf("%-*s  %-5s  %-*s  %s\n", static_cast<int>(name_width), name.name.c_str(),
+                    name.unit.c_str(), static_cast<int>(range_width), name.range.c_str(),
+                    name.meaning.c_str());
     return std::fflush(stdout) == 0 ? 0 : 1;
 }
 

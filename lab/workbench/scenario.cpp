@@ -47,6 +47,14 @@ bool load_scenario(const std::string& name, Scenario& scenario, std::string& err
         scenario.faults = own_texts(fields, "faults");
         scenario.remove = own_texts(fields, "remove");
         fields.text("plan", true);
+        if (const toml::node* const files = fields.node("files")) {
+            if (!files->is_table())
+                fields.wrong(*files, "files", "a table");
+            else
+                for (const auto& [file_name, node] : *files->as_table())
+                    scenario.files.emplace_back(file_name.str(),
+                                                text.text_of(node, "a file's text"));
+        }
         if (const toml::node* const verdicts = fields.node("verdicts", true);
             verdicts != nullptr && !verdicts->is_table())
             fields.wrong(*verdicts, "verdicts", "a table");

@@ -5,12 +5,15 @@
  *     set = ["rsrp -122", "sim2 absent"]   # as kvt-lab phone set takes them; both subscriptions
  *     faults = ["qmi_client_send_msg_sync:vs.* * timeout"]
  *     remove = ["nv/0/550"]                # files of a fresh phone
- *     plan = "phone.toml"                  # in the folder of the scenarios
- *     [verdicts]                           # of each step of the plan, by its name: "RESULT, VERDICT"
+ *     plan = "phone"                       # of the scenarios' folder plans
+ *     [files]                              # other files of the phone, text
+ *     "euicc/channels" = "1 0"
+ *     [verdicts]                           # of each step of the plan, by its name: as kvt-lab plan tells
  *     "signal" = "failed, ok" */
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lab::workbench {
@@ -18,6 +21,7 @@ namespace lab::workbench {
 struct Scenario {
     std::string title, about;
     std::vector<std::string> set, faults, remove;
+    std::vector<std::pair<std::string, std::string>> files;
 };
 
 /* The folder that scenarios lie in. */

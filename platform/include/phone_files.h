@@ -32,6 +32,7 @@ struct Setting {
 // clang-format off
 inline constexpr Setting settings[] = {
     {"restart_ms", "500", {0, day_ms}, "", "ms", "how long a restart keeps the services down"},
+    {"efs_read_only", "0", flag, "", "", "1: no EFS file can be written or deleted"},
     {"nv_syncs", "0", u32, "", "", "NV syncs so far"},
     {"sim/1", "present", no_number, "present absent error", "", "what is in slot 1"},
     {"sim/2", "present", no_number, "present absent error", "", "what is in slot 2"},

@@ -33,8 +33,11 @@ namespace {
 
 constexpr int no_channel = -1;
 
-/* A file that lies beside this library. */
+/* A file that lies beside this library. Under emulation the shell is another machine's program, and
+ * so must these be. */
 std::string beside(const char* name) {
+    if (const char* const foreign = std::getenv("KVT_AT_FOLDER"))
+        return (std::filesystem::path(foreign) / name).string();
     Dl_info info{};
     if (::dladdr(reinterpret_cast<void*>(&beside), &info) == 0 || info.dli_fname == nullptr)
         return name;
@@ -164,9 +167,7 @@ void answer_all(const std::string& bytes) {
 
 int run_with_channel(const char* command) {
     const std::optional<Fault> fault = platform_call("at_open", "smd8");
-    /* Under emulation the shell is another machine's program, and needs another library. */
-    const char* const foreign = std::getenv("KVT_AT_LIBRARY");
-    const std::string redirect = foreign != nullptr ? foreign : beside(AT_REDIRECT_LIBRARY);
+    const std::string redirect = beside(AT_REDIRECT_LIBRARY);
     if (::access(redirect.c_str(), R_OK) != 0) {
         complain("at", 0, redirect + " is missing, so nothing can be sent");
         return -1;

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "phone/phone.h"
+#include "phone/settings.h"
 
 namespace simphone {
 
@@ -80,11 +81,15 @@ std::optional<Bytes> read_efs_file(uint32_t sub, const std::string& path) {
 
 int32_t write_efs_file(uint32_t sub, const std::string& path, ByteView data) {
     const std::optional<fs::path> file = efs_file(sub, path);
+    if (setting_number("efs_read_only") != 0)
+        return -EROFS;
     return file ? -write_file(*file, data) : -EINVAL;
 }
 
 int32_t delete_efs_file(uint32_t sub, const std::string& path) {
     const std::optional<fs::path> file = efs_file(sub, path);
+    if (setting_number("efs_read_only") != 0)
+        return -EROFS;
     return file ? -remove_file(*file) : -EINVAL;
 }
 
