@@ -61,7 +61,7 @@ struct Undo {
 struct Command {
     std::string_view words, title, does, danger, leaves, example, adds_ms;
     Effect effect;
-    bool reboot, in_help;
+    bool reboot, in_help, asks;
     double ordinary_s, longest_s;
     Texts needs;
     std::span<const Argument> arguments;

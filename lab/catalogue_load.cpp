@@ -263,6 +263,7 @@ Command Loader::read_command(const toml::table& table) {
         {{"none", Effect::none}, {"until restart", Effect::until_restart}, {"kept", Effect::kept}});
     row.reboot = fields.flag("reboot");
     row.in_help = fields.flag("in_help", true);
+    row.asks = fields.flag("asks", !row.danger.empty());
     row.ordinary_s = fields.number("ordinary_s", 0, true);
     row.longest_s = fields.number("longest_s", 0, true);
     row.adds_ms = fields.text("adds_ms");

@@ -16,7 +16,7 @@ bool may_run(const CheckOptions& options, CommandLine& line) {
     const bool good = read_command_line(options.command, line, error);
     if (!good)
         std::fprintf(stderr, "kvt-lab: %s\n", one_line(error).c_str());
-    if (line.row == nullptr || line.row->danger.empty() || options.yes)
+    if (line.row == nullptr || !line.row->asks || options.yes)
         return good;
     std::fprintf(stderr, "kvt-lab: kvt %s needs --yes. What can be lost: %s\n",
                  std::string(line.row->words).c_str(), std::string(line.row->danger).c_str());

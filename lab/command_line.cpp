@@ -77,10 +77,6 @@ std::string trouble_with(const Argument& argument, const std::string& word) {
     }
     if (argument.kind == ArgumentKind::path && (word.empty() || word[0] != '/'))
         return name + " must begin with a slash: " + quoted(word);
-    /* kvt takes what stands before the first blank only. */
-    if (argument.kind == ArgumentKind::text &&
-        word.find_first_of(" \t\r\n\v\f") != std::string::npos)
-        return name + " must be one word without blanks: " + quoted(word);
     const auto length = static_cast<long long>(word.size());
     if (argument.has_range && (length < argument.min || length > argument.max))
         return name + " must be " + std::to_string(argument.min) + " to " +

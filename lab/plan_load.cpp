@@ -113,7 +113,7 @@ class PlanLoader {
             source_.error(line, what + ": " + error);
         const Command* const row = step.command.row;
         const bool yes = fields.flag("yes");
-        if (row != nullptr && !row->danger.empty() && !yes)
+        if (row != nullptr && row->asks && !yes)
             source_.error(
                 line, what + ": kvt " + std::string(row->words) +
                           " needs \"yes = true\". What can be lost: " + std::string(row->danger));

@@ -9,7 +9,7 @@ namespace lab {
 
 namespace {
 
-constexpr double width = 860, plot_left = 60, plot_right = 600, panel = 240, top = 20, gap = 30;
+constexpr double width = 900, plot_left = 60, plot_right = 600, panel = 240, top = 20, gap = 30;
 /* Told apart also by those who see few colours. */
 constexpr const char* colours[] = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                    "#e69f00", "#56b4e9", "#000000", "#8a6d00"};

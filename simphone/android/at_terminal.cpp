@@ -1,11 +1,11 @@
 /* Keeps the pseudo-terminal on which a person can read what the phone answers to AT commands:
  *
- *     kvt-at-terminal PHONE
+ *     kvt-at-terminal PHONE [SECONDS]
  *
  * Goes into the background. The terminal's name stands in PHONE/at/tty; what comes through the pipe
  * PHONE/at/.answers is shown there. Ends, and takes the name away, when the phone is gone, or when
- * nothing came for a minute and nobody has the terminal open. One for a phone: a second one ends at
- * once, with status 0 as well. */
+ * nothing came for a minute (or SECONDS) and nobody has the terminal open. One for a phone: a second
+ * one ends at once, with status 0 as well. */
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -28,7 +28,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr auto idle_limit = std::chrono::minutes(1);
 constexpr int look_ms = 200;
 
 /* The pipe, held by this process alone; below 0 when it can't be had or another holds it. */
@@ -77,7 +76,8 @@ bool watched(int terminal) {
     return ::poll(&state, 1, 0) >= 0 && (state.revents & POLLHUP) == 0;
 }
 
-void serve(const fs::path& tty, const std::string& name, int pipe, int terminal) {
+void serve(const fs::path& tty, const std::string& name, int pipe, int terminal,
+           std::chrono::seconds idle_limit) {
     auto last = Clock::now();
     while (stored_name(tty) == name && (watched(terminal) || Clock::now() - last < idle_limit)) {
         pollfd ready{pipe, POLLIN, 0};
@@ -100,7 +100,7 @@ void serve(const fs::path& tty, const std::string& name, int pipe, int terminal)
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2)
+    if (argc != 2 && argc != 3)
         return 2;
     const fs::path phone = fs::absolute(argv[1]);
     const fs::path tty = phone / "at" / "tty";
@@ -111,6 +111,8 @@ int main(int argc, char** argv) {
     char name[64];
     if (terminal < 0 || ::ptsname_r(terminal, name, sizeof name) != 0 || !write_name(tty, name))
         return 1;
+    /* Only a terminal that was open once can be told from one that nobody has open. */
+    ::close(::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
     if (const pid_t child = ::fork(); child != 0)
         return child < 0 ? 1 : 0;
     ::setsid();
@@ -119,7 +121,7 @@ int main(int argc, char** argv) {
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     for (int fd = 0; fd < 3; ++fd)
         ::dup2(null, fd);
-    serve(tty, name, pipe, terminal);
+    serve(tty, name, pipe, terminal, std::chrono::seconds(argc == 3 ? std::atoi(argv[2]) : 60));
     ::unlink((phone / AT_TERMINAL_PIPE).c_str());
     return 0;
 }

@@ -28,12 +28,12 @@ std::vector<std::string> hard_words() {
 }
 
 TEST_F(AdbTest, HandsEveryByteToKvtThroughBothWaysOfBeingRoot) {
-    const std::string at = "AT+CGDCONT=1,\"IP\",\"a;b$c\"";
+    const std::string at = "AT+CGDCONT=1,\"IP\",\"a b$c\"";
     for (const char* const root : {"adbd", "su"}) {
         const fs::path phone = add_phone(root, {{"root", root}});
         put_kvt(root, "echo $PHONE_USER > " + (phone / "user").string() +
                           "; printf '%s\\0' \"$@\" > " + (phone / "words").string());
-        EXPECT_EQ(lab({"--on", root, "check", "--yes", "8", at}).status, 3);
+        EXPECT_EQ(lab({"--on", root, "check", "8", at}).status, 3);
         std::string expected = std::string("8") + '\0' + at + '\0';
         EXPECT_EQ(file_contents(phone / "words"), expected) << root;
         EXPECT_EQ(file_contents(phone / "user"), "0\n") << root;

@@ -61,7 +61,7 @@ CARRIERS = {"lte.pcc": 0, "lte.scc1": 1, "lte.scc2": 2, "lte.scc3": 3, "lte.scc4
 
 status, listed, _ = run(lab, "phone", "set", "--list")
 names = [line.split()[0] for line in listed.splitlines()]
-check(status == 0 and len(names) == len(set(names)) > 200, "the list of names")
+check(status == 0 and len(names) == len(set(names)) > 150, "the list of names")
 columns = [re.match(r"(\S+) +(dBm|dB|ms|bytes)? +(\S.*?)  ", line) for line in listed.splitlines()]
 check(all(columns), "name, unit and range of every row")
 units = {row[1]: row[2] for row in columns}
@@ -88,13 +88,14 @@ for name in names:
         continue
     record, _, short = name.rpartition(".")
     if record in CARRIERS:
-        # As the level's text says: not every field of a record is shown by the command.
+        # Levels are all shown; of the other fields some.
         value = "-47" if units[name] in ("dB", "dBm") else "1"
         status, _, told = run(lab, "phone", "set", name, value)
         check(status == 0, f"set {name}: {told}")
         _, output, complaints = run(kvt, "9", str(CARRIERS[record]), "0")
         check("simulated phone" not in complaints, complaints)
-        check(output.count("-47.00" if value == "-47" else "ASDIV") >= 1, f"{name}: kvt shows\n{output}")
+        told = re.findall(rf"\b{short}(?:_rx\d)?: (-?[\d.]+)", output)
+        check(set(told) <= {"1", "-47.00"} and (told or units[name] is None), f"{name}: kvt shows\n{output}")
     elif record.startswith("debug."):
         check(run(lab, "phone", "set", name, "77")[0] == 0, f"set {name}")
         _, output, complaints = run(kvt, "7", "1", "1")
@@ -107,7 +108,7 @@ for name in names:
 
 # Antenna by antenna, and what stands there already.
 run(lab, "phone", "set", "lte.pcc.rssi", "-71", "-73")
-run(lab, "phone", "set", "lte.pcc.rssi", "--", "-", "-", "-75.5")
+run(lab, "phone", "set", "lte.pcc.rssi", "-", "-", "-75.5")
 _, output, _ = run(kvt, "9", "0", "0")
 check(all(text in output for text in ("rssi_rx0: -71.00", "rssi_rx1: -73.00", "rssi_rx2: -75.50")), output)
 for words in (["rsrp", "1", "2", "3", "4", "5"], ["rsrp", "loud"], ["rsrp", "nan"], ["imei", "356938035643808"],

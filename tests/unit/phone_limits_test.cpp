@@ -63,6 +63,24 @@ int diag_life() {
     return registered != 0 ? registered : sent != 0 ? sent : down ? 0 : -1;
 }
 
+/* The first test: the process has no thread of the phone's yet. */
+TEST_F(PhoneLimitsTest, AThreadThatIsNotThereIsAResult) {
+    in_own_process([] {
+        EXPECT_EQ(qmi_client_release(nullptr), QMI_CLIENT_INVALID_CLIENT);
+        pthread_attr_t normal, huge;
+        ::pthread_getattr_default_np(&normal);
+        ::pthread_attr_init(&huge);
+        ::pthread_attr_setstacksize(&huge, size_t{1} << 46);
+        ::pthread_setattr_default_np(&huge);
+        const int qmi = qmi_life(), diag = diag_life();
+        ::pthread_setattr_default_np(&normal);
+        EXPECT_EQ(qmi, QMI_CLIENT_ALLOC_FAILURE);
+        EXPECT_EQ(diag, -1);
+        EXPECT_EQ(qmi_life(), 0);
+        EXPECT_EQ(diag_life(), 0);
+    });
+}
+
 TEST_F(PhoneLimitsTest, MemoryThatIsNotThereIsAResult) {
     for (int (*const life)() : {qmi_life, diag_life}) {
         EXPECT_EQ(life(), 0);
@@ -79,25 +97,6 @@ TEST_F(PhoneLimitsTest, MemoryThatIsNotThereIsAResult) {
         EXPECT_GT(failures, 20);
         EXPECT_EQ(life(), 0);
     }
-}
-
-/* In a process of its own, which has no thread of the phone's yet. */
-TEST_F(PhoneLimitsTest, AThreadThatIsNotThereIsAResult) {
-    const auto without_threads = [] {
-        EXPECT_EQ(qmi_client_release(nullptr), QMI_CLIENT_INVALID_CLIENT);
-        pthread_attr_t normal, huge;
-        ::pthread_getattr_default_np(&normal);
-        ::pthread_attr_init(&huge);
-        ::pthread_attr_setstacksize(&huge, size_t{1} << 46);
-        ::pthread_setattr_default_np(&huge);
-        const int qmi = qmi_life(), diag = diag_life();
-        ::pthread_setattr_default_np(&normal);
-        const bool good =
-            qmi == QMI_CLIENT_ALLOC_FAILURE && diag == -1 && qmi_life() == 0 && diag_life() == 0;
-        ::_exit(good ? 0 : 1);
-    };
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(without_threads(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
