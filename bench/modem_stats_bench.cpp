@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The serving-cell parser against a reader of the same record written by hand: fixed offsets,
  * memcpy and shifts. For each layout once with the two summary lines, printed to a discarded
  * stream, and once the extraction alone, the cursor armed for each record as the tool does it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Whole processes: a run of "kvt 1" against a program that prints the same line and is linked with the
  * same libraries; and kvt-lab, which tells how a read went, against the read alone. */
 #include <cstdlib>

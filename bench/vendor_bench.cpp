@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* EFS access against the same number of bare exchanges with the same records, and the converters.
  */
 #include <cstdlib>

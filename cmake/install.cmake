@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installation, also the Debian package's: the tool, with the simulated phone's libraries in a folder of
 # their own (their names are a phone's), the lab where it is built, pages, completions, documents and
 # examples.

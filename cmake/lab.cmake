@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The recorder and the replayer need no package; the recorder is for phones too.
 add_subdirectory(lab/tape/library)
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Compiler options of every target.
 add_compile_options(
   -Wall -Wextra -Wshadow -Wformat=2 -Wcast-align -Wnon-virtual-dtor -Wimplicit-fallthrough -Wundef

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Which kvt this is: the project's version, and what git says of the sources where they are a clone.
 # kvt_version holds both as generated/kvt_version.h, made anew with every build and rewritten only when
 # it changes. Run as a script (cmake -P) it does the writing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The argument vector of the whole tool. The first two bytes choose group and sub-command, the rest
  * is the arguments, NUL between them. Each input meets a fresh phone; sleeps take no time and no
  * shell runs. */

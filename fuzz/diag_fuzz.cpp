@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* DIAG responses, as libdiag's thread hands them over: chunks of a DCI response, packets of
  * callback mode, streams, any processor. */
 #include <algorithm>

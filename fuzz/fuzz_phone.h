@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A phone for a fuzz target; the tool's output goes nowhere. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Indications of the vendor service and of vs: message id (u16) and bytes, undecoded. */
 #include <iterator>
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the modem says of its statistics: replies of single items through group 9's readers, and the
  * debug-information blocks of group 7, which come in the 508 bytes of a common reply. */
 #include <algorithm>

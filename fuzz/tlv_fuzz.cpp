@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The phone's TLV reader and the services behind it, and the decoder of the client side: any bytes
  * as request, response or indication of any message. Both readers must agree on whether a run of
  * TLVs ends in the middle of one. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The unpack engine against a reader that takes one bit at a time. An input chooses payload, base,
  * limit and either fields of any place, width and type or a whole record of a version; every value,
  * and whether there is one at all, must agree. The payload lies in exactly as much memory as the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Carries out a command of the catalogue once and tells how it went. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What kvt's commands mean, as data: the rows of catalogue.toml. They are read and checked at build
  * time (catalogue_load.h) and become tables of the program, so that nothing is parsed at its start.
  * catalogue.toml's head tells what each field holds. */

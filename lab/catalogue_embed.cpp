@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* catalogue_embed CATALOGUE.toml: checks the catalogue and writes it to standard output as a source
  * of tables. Status 1 and the messages on standard error when something is wrong with it. */
 #include <cstdio>

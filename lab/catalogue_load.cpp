@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "catalogue_load.h"
 
 #include <re2/re2.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Reads catalogue.toml. Strict: a key that is not known, a wrong type, a regular expression that is
  * none, a reference to a list or row that is not there: each is one message with its line. */
 #pragma once

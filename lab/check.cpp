@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab check: one command, its verdict and its values. */
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A command line of kvt as the catalogue knows it: its row and its arguments by name. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab deploy: puts what runs on a phone there, and says what works. */
 #include "verbs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab describe: the catalogue as a person reads it. */
 #include <algorithm>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab doctor: runs kvt-doctor, here or on a phone. */
 #include "verbs.h"
 

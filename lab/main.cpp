@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab: reads the command line and hands it to the verb. */
 #include <algorithm>
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Regular expressions over a program's output: in linear time whatever the bytes are. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The catalogue's fields in words, for everything that a person reads. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab plan: the steps of a file, reported as TAP. */
 #include "plan.h"
 

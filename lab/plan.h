@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A plan: steps that run one after the other, and what undoes them.
  *
  *     title = "Receiver"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Runs a program and tells how it ended. */
 #pragma once
 

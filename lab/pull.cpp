@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab pull: gets tapes from a phone. */
 #include "verbs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the lab says to programs, as JSON. schema/ holds its form. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Where kvt runs: here, or wherever another runner takes it. Verbs know no more than this. */
 #pragma once
 

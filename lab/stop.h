@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A signal that asks us to end, for verbs that have something to do before they do. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Strict reading of TOML: what is missing, not known or of a wrong type is a message with its line.
  * For the few sources that read TOML; nothing else includes it. */
 #pragma once

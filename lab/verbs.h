@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The verbs of kvt-lab: what each takes and the function that does it. main.cpp reads the command
  * line into these; one source per verb, named for it. Every function returns the exit status. */
 #pragma once

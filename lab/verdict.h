@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What kvt's output says, by the catalogue's rules. A verdict is never better than the evidence. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab watch: asks for levels again and again and shows how they move. */
 #include "watch.h"
 

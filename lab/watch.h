@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Levels over time, as kvt-lab watch collects them. */
 #pragma once
 

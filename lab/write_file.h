@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Writes a file whole or not at all. */
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Sourced by ./kvt and ./kvt-lab: builds $program into build/ when it is missing or older than its
 # sources, and installs what the build needs. Says so on standard error only.
 #   ROOT      the repository

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Shared by the scripts; sourced with ROOT set to the repository.
 # shellcheck shell=sh
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
 # completion_test.sh SOURCE: what bash offers for kvt, and that zsh's functions can be read.
 . "$1/packaging/completions/kvt.bash"
 status=0

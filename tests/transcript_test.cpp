@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Command tests. A transcript is a text file of commands and what they print:
  *
  *     # a comment, outside of a command's output

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # backup.sh FOLDER SUB NAME...: saves NV items (numbers) and EFS files (paths) of a subscription (0 or 1), one
 # file each, and the subscription with them. Stops at the first that can't be saved whole.
 # Needs kvt-lab and jq. Status 0 when all are saved, 1 when not, 2 for a wrong command line.

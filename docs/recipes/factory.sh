@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The steps of factory.toml for a phone without kvt-lab: kvt, a shell and grep are enough. Stops at the first
 # failure; what a step sets is put back in any case. Status 0 when all passed.
 undo=

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # restore.sh FOLDER SUB: writes back what backup.sh has saved of that subscription, and reads each again.
 # What the phone holds already is not written. Needs kvt-lab and jq. Status as of backup.sh.
 if [ $# -ne 2 ]; then

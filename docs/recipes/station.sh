@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # A plan on many phones at once, with GNU parallel: station.sh PLAN FOLDER PHONE...
 #
 # PHONE is a serial number, or SERIAL@HOST for a phone of another machine that ssh reaches (it needs

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* docs/commands.md: what stands at the head of each command's section. */
 #include <set>
 

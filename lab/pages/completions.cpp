@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Completions for shells: one table of rows, "WORDS BEFORE|THEIR PATTERN|WORD|MEANING", and a few
  * lines that look into it. A row without a word is a hint: an argument whose values are too many.
  */

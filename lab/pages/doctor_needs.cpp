@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* lab/phone/needs.h: what the doctor, which runs on a phone without the lab, knows of the catalogue. */
 #include "pages.h"
 

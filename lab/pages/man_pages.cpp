@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt(1) and kvt-lab(1). */
 #include "pages.h"
 #include "phrases.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab pages FOLDER: writes the pages of a source tree anew, or with --check tells which are not
  * what the catalogue says. */
 #include "pages.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The pages that are made from the catalogue. Each function gives a whole page as text. */
 #pragma once
 

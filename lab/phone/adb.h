@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A phone behind Android's adb: finding it, becoming root on it, running programs and moving files.
  */
 #pragma once

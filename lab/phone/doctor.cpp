@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-doctor's command line. */
 #include "doctor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-doctor: holds what a phone has against what kvt is compiled for. It sends the modem nothing.
  */
 #pragma once

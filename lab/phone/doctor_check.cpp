@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The checks: libraries and their symbols, service objects, message sizes, services, properties,
  * the AT channel. */
 #include "doctor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The report as a table for a person. */
 #include "doctor.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What each command needs of the phone; made from the lab's catalogue. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Which service a client of a recorded run belongs to. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Makes the replayer's script of a recorded run. */
 #pragma once
 

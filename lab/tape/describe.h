@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What a person reads about something that crossed. Everything here appends to a text, takes bytes
  * of any kind, and returns false when what crossed tells of a failure. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Reads tapes: JSON Lines, one event a line, any number of runs, whose lines may stand between one
  * another's. tape.schema.json describes a line.
  *

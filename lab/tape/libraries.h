@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Where the recorder's and the replayer's libraries lie. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tape/log_page.h"
 
 #include "tape/clients.h"

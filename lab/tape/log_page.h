@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A simulated phone's log in words. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab record: kvt, with the recorder before it. */
 #include "verbs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab redact: what is private is found where the platform's records have it, and every spelling
  * of it in the tape is replaced by the same spelling of something made up. Lengths stay, so that
  * the tape replays as before. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A tape without what is private. */
 #pragma once
 

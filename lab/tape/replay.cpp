@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab replay: kvt on the tape's answers, with no phone of any kind. */
 #include "verbs.h"
 

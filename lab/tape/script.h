@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A recorded run in the form in which the replayer takes it: what `kvt-lab replay` makes of the
  * tape's lines once they are checked, so that the library in the replayed program needs no reader
  * of its own for JSON. Both sides are built together: nothing outside of them sees it. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab show: what crossed, one line each, from a tape or from a simulated phone's log. */
 #include "verbs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab twin: a simulated phone that answers as the recorded one did. docs/phone.md tells the
  * phone's files. What a tape tells first counts: that is how the phone was when the first of its
  * commands ran. */

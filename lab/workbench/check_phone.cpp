@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab phone check: tells what a person wrote into the phone's files and the phone does not
  * understand, before a command runs on it. */
 #include "workbench/phone.h"

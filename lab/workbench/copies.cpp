@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab phone new, save and restore: whole phones. */
 #include "workbench/phone.h"
 

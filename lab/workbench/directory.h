@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The simulated phone's directory, as docs/phone.md tells it. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab phone log: the phone's log in words, and what is added to it. */
 #include "workbench/phone.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the modem's statistics hold, by people's names: items and blocks of the debug information,
  * a text file each, one named value a line (docs/phone.md). */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The names that "kvt-lab phone set" takes. */
 #pragma once
 

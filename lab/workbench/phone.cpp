@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab phone show, set and fault: the phone's files by people's names. */
 #include "workbench/phone.h"
 

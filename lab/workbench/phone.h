@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What "kvt-lab phone" can do: one row for each, which the command line is made of. */
 #pragma once
 

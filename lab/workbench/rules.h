@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The rules in the phone's file "faults". */
 #pragma once
 

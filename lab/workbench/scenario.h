@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Scenarios: what a phone is like, as data.
  *
  *     title = "Weak signal"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Android log (liblog). The system log is reached through vsyslog of the C library. */
 #pragma once
 

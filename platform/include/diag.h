@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* DIAG library (libdiag): prototypes that kvt calls. */
 #pragma once
 

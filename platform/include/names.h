@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Names of what crosses between a program and the modem, for those who show it to a person: the QMI
  * services, their messages, TLVs and fields, the vendor service's records, DIAG commands, APDUs and
  * result codes. Plain data: each row tells where a value lies on the wire and where in the record

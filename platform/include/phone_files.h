@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The simulated phone's files that people write: the settings with what may stand in them, and the
  * words of the rules in "faults". docs/phone.md tells what they do. */
 #pragma once

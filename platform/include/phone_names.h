@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Names on the phone that belong to no library: the properties that kvt reads and sets, and its one
  * device. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* QMI client framework (libqmi_cci): prototypes that kvt calls.
  *
  * Every call returns 0 or one of the negative results below. Callbacks arrive on the framework's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the standard QMI services share (libqmi_common_so): the standard response and the four
  * service objects that kvt uses. The records lie in one header per service: qmi_nas.h, qmi_sar.h,
  * qmi_uim.h, qmi_vs.h. Where a layout is not public it is this project's assumption; a phone's own

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Service objects of the QMI IDL library, version 6, and the function for run time that kvt calls.
  *
  * A service object is data: for each kind of message a table from message id to the message's TLVs,

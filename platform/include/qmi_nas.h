@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of the NAS service (3, minor 378): the two requests that bind a client to a subscription
  * and choose its indications. Both are answered with the standard response alone. */
 #pragma once

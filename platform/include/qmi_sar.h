@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of the SAR service (QMI service 17) in memory. Layouts that are not public are this
  * project's assumption. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What kvt uses of the modem's QMI services: one row per service object of the platform, and one
  * per message, with the size of the record that kvt is compiled with and the most bytes that the
  * message takes on the wire. A phone whose objects say otherwise has records of another layout. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of the UIM service (QMI service 11) in memory. Layouts that are not public are this
  * project's assumption. A ..._valid byte other than 0 says that the optional field after it is
  * present; an array's ..._len counts its elements. */

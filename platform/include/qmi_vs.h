@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of the statistics service vs (minor 2), as decoded in memory. The service is not public:
  * layouts and TLV numbers are this project's assumption. Fields without a known meaning are named
  * for their place. Each comment gives the field's TLV; mandatory unless a valid byte stands before

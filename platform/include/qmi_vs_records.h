@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the statistics service's items hold, and the blocks of the statistics' debug information: one
  * row per field, in the order in which the fields stand. Nothing is aligned, numbers are
  * little-endian. qmi_vs.h has the messages that carry the items. */

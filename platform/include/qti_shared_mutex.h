@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Reader-writer lock of the platform (libqcrilNrQtiMutex). No public header of it is known: the
  * storage is generous and aligned for anything, and constructor and destructor are weak references,
  * so that a program which holds one, and never locks it, starts where the phone's class differs. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Reads the encoded TLVs and elements of a service object, at compile time for size checks and at
  * run time for encoding and decoding. qmi_idl.h describes the bytes. */
 #pragma once

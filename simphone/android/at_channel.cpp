@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* In front of the C library's system(): a command that writes to the modem's AT channel runs in a
  * shell whose channel is the phone's. There is no such device, and none is made: what was written
  * is answered when the shell has ended (modem/at_commands.h). */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem's AT channel, and how the phone's parts speak of it. */
 #pragma once
 

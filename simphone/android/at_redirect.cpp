@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Preloaded into the shell that the phone runs a command in: what the command writes to the AT
  * channel's device goes to the file that KVT_AT_REDIRECT_TO names. An empty name is a device that
  * can't be opened. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Keeps the pseudo-terminal on which a person can read what the phone answers to AT commands:
  *
  *     kvt-at-terminal PHONE [SECONDS]

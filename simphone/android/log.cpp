@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Android log and system log: lines "android PRIORITY TAG TEXT" and "syslog PRIORITY TEXT" of the
  * phone's log. */
 #include "android_log.h"

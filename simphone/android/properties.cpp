@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Android properties: one text file each, prop/NAME. */
 #include "cutils_properties.h"
 

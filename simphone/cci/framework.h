@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The client side of QMI: clients and notifiers of this process, and the framework's thread, which
  * tells them of restarts, services and indications. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The QMI client framework's calls. */
 #include "qmi_cci.h"
 

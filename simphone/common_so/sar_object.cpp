@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Service object of the SAR service. */
 #include "qmi_idl_layout.h"
 #include "qmi_sar.h"

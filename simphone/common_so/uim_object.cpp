@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Service object of the UIM service. */
 #include "qmi_idl_layout.h"
 #include "qmi_uim.h"

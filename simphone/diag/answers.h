@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the modem answers to DIAG packets: the files of the phone's folder diag (docs/phone.md), or
  * the modem's own answer where there is none. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The DIAG library's calls. Rules in the phone's file "faults" name them, the two that send with
  * the packet's first byte (diag_callback_send_data:0x7c, diag_send_dci_async_req:0x7c).
  *

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The inside of the DIAG library: who is registered, and the thread that hands packets over when
  * their time has come. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Encodes a message's C structure to TLVs and back by its service object's tables. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem's AT channel: the table at/commands in the phone's directory (docs/phone.md). */
 #pragma once
 

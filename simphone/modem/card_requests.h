@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Typed commands of the vendor service about cards. Payloads and replies are u32 numbers; sub 0 is
  * slot 1. A payload that is too short, or names a slot that is not there, gives -EINVAL. */
 #pragma once

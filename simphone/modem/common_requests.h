@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Request kind 4 of the vendor service: records that begin with their own kind. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The eUICC in slot 2: the files of the phone's folder euicc (docs/phone.md).
  *
  * A channel stays open until it is closed, the card loses its power or the modem restarts: not when

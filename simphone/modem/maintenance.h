@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Restart, dump and NV sync of the modem, and the RF tests: what the requests for them do. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem behind the platform's libraries: which services are up, restarts, and one object per
  * client for the service it talks to. */
 #pragma once

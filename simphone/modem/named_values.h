@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A record as text, one named value a line, with its unit: "rsrp_rx0 -95.5 dBm". */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The NAS service: a client binds itself to a subscription (0x0045) and chooses its indications
  * (0x0003). Both last as long as the client; the log tells of them. */
 #include "modem/modem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* NV items and EFS files of the modem, request kind 2 of the vendor service. They lie in the
  * phone's directory as nv/SUB/ID and efs/SUB/PATH. */
 #pragma once

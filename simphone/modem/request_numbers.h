@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Numbers of the vendor service's common requests, and of the typed ones among them. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The two card slots, UIM's and the vendor service's view of them: the files of the phone's folder
  * sim (docs/phone.md). */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the modem tells of its statistics feature: the files of the phone's folder stats_debug
  * (docs/phone.md). */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The statistics items that the modem's vs service answers with: the files of the phone's folder
  * stats (docs/phone.md), laid out as qmi_vs_records.h says. */
 #pragma once

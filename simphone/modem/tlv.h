@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem's own reader and writer of QMI TLVs: type u8, length u16, value. It knows nothing of
  * the tables that the client side encodes by. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The UIM service: power, card states, EID, logical channels, APDUs. */
 #include "modem/modem.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The vendor-extended service 0xFFE4: message 0x02 carries a request kind and up to 512 bytes. */
 #include "modem/modem.h"
 

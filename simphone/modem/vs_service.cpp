@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The statistics service vs.
  *
  * 0x0003 sets a feature's status: three flags, kept as text in features/NUMBER. 0x0207 asks for

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Bytes and little-endian numbers, as the phone's files and messages hold them. */
 #pragma once
 

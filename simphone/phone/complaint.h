@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the phone tells the person who set it up, when it does not understand something. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Calls into the platform: each is written to the log, and the rules in the phone's file "faults"
  * can make it fail (docs/phone.md, "Faults"). */
 #pragma once

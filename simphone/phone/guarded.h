@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The edge between the platform's calls, which C code makes, and the phone's own code. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* One lock for the whole phone, between processes and threads: the file .lock. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The phone's directory: everything the simulated phone knows lies there as plain files.
  *
  * KVT_PHONE names it; otherwise it is kvt/phone under $XDG_STATE_HOME (~/.local/state). It is made,

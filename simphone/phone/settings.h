@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The settings among the phone's files: text, one value a file or a few words a line. What can't be
  * used is told (complaint.h), and its default is used; a number out of range becomes the nearest
  * that is in it. A missing file is made with its default; one that is there but can't be read

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-lab on phones behind the stand-in for adb. */
 #include "phones.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt-doctor against the simulated phone's libraries, whole and with one fault each. KVT_DOCTOR,
  * KVT_PHONE_LIBS and KVT_EMULATOR put another build in place. */
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Stand-in phones for kvt-lab: folders that the stand-in for adb plays. */
 #pragma once
 

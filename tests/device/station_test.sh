@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The station's recipe on stand-in phones: station_test.sh STATION STAND_IN BUILD
 #   STATION   docs/recipes/station.sh
 #   STAND_IN  folder of the stand-ins for adb and ssh

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The catalogue's reader: what is wrong with a row stops the build, with its line. */
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The catalogue against the tool: its rows are the tool's commands, and what it looks for in their
  * output is what transcripts show. */
 #include <filesystem>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # A plan of ten steps on eight phones at once: each report tells the fault that its phone was given, and
 # all that was set is put back: eight_phones.sh KVT_LAB KVT
 set -e

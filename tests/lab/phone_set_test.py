@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What "kvt-lab phone set" sets is what kvt then shows, for every name of its list:
 phone_set_test.py KVT_LAB KVT"""
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Every scenario gives exactly the verdicts that it names: scenarios_test.py KVT_LAB KVT FOLDER [--write]
 
 With --write the scenarios are given the verdicts that there are now: read the difference before you believe it."""

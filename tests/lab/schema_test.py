@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Every kind of JSON that kvt-lab prints is as its schema says: schema_test.py KVT_LAB KVT SCHEMAS"""
 
 import json

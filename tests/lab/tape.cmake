@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Tests of the tape: the recorder, the replayer and the verbs around them. Those of threads run under
 # the sanitizers too.
 set(TAPE ${CMAKE_CURRENT_LIST_DIR})

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # No spelling of what is private is left in a redacted tape, which still replays; the same value is
 # replaced by the same one everywhere, and check digits hold.
 #

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Many DIAG exchanges, or many restarts of the modem under a service client, in one process: what
  * recorder and replayer are tried with.
  *

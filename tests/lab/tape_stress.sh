@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Many exchanges and restarts, recorded and replayed: both print the same, and no sanitizer has
 # anything to say.
 #

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # A transcript's commands, recorded and replayed: what they print under the recorder is what the
 # transcript demands, and what they print again without a phone is the same.
 #

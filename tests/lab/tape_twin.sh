@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # A phone that differs from a new one in all that commands can read, recorded; its twin answers every
 # command that only reads with the same output, also where other commands ran in between.
 #

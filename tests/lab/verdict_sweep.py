@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Verdicts that never lie, shown by making everything go wrong.
 
     verdict_sweep.py KVT_LAB KVT CATALOGUE PRELOAD [--short] [--jobs N]

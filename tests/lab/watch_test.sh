@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Levels that move, one answer that is missing, and an end by SIGINT: watch_test.sh KVT_LAB KVT
 set -e
 lab=$1

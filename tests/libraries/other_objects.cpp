@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A libqmi_common_so of another phone: the service objects, with the one fault that
  * KVT_TEST_FAULT names as "KIND SERVICE". A message fault is in the service's first response. */
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* liblog as another phone's header has it. */
 #ifndef OTHER_ANDROID_LOG_H
 #define OTHER_ANDROID_LOG_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* libcutils as another phone's header has it. */
 #ifndef OTHER_PROPERTIES_H
 #define OTHER_PROPERTIES_H

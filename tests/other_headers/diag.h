@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* libdiag as another phone's header has it. */
 #ifndef OTHER_DIAG_H
 #define OTHER_DIAG_H

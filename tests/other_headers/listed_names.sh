@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The names that each of these headers defines are those that the document lists for it:
 # listed_names.sh DOCUMENT FOLDER. A list is a table's row: | `HEADER` | `name`, `name` ... |
 known='const|char|int|void|unsigned|struct|enum|typedef|extern|bool|uint8_t|uint16_t|uint32_t|pthread_[a-z]*_t'

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* libqmi_cci as another phone's header has it. */
 #ifndef OTHER_QMI_CCI_H
 #define OTHER_QMI_CCI_H

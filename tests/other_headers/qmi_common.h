@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* libqmi_common_so as another phone's header has it. */
 #ifndef OTHER_QMI_COMMON_H
 #define OTHER_QMI_COMMON_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of NAS as another phone's header has them: a later minor version, more choices. */
 #ifndef OTHER_QMI_NAS_H
 #define OTHER_QMI_NAS_H

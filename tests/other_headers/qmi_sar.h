@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of SAR as another phone's header has them. */
 #ifndef OTHER_QMI_SAR_H
 #define OTHER_QMI_SAR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of UIM as another phone's header has them: fields in another order, longer cards. */
 #ifndef OTHER_QMI_UIM_H
 #define OTHER_QMI_UIM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records of vs as another phone's header has them: longer items. */
 #ifndef OTHER_QMI_VS_H
 #define OTHER_QMI_VS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Records what service clients report, and waits for it. */
 #pragma once
 

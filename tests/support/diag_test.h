@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A phone for DIAG commands, with short pauses in the engine. */
 #pragma once
 

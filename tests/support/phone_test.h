@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A fresh phone for each test, and what a test asks of it. */
 #pragma once
 

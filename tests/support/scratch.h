@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A folder for phones that come and go by the thousand: in memory where there is such a place,
  * since a file system on a disk avoids names and places that were freed a moment ago. */
 #pragma once

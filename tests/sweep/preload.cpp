@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Preloaded into kvt by the sweep: sleeps pass KVT_FASTER times as fast; the KVT_FAIL_ALLOCATION'th
  * block that kvt's own code asks malloc or operator new for is refused, and the KVT_FAIL_THREAD'th
  * thread. KVT_COUNT names a file that gets the numbers of both at exit. */

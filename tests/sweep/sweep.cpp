@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Fault sweep: runs every command once undisturbed and counts its platform calls, then once for
  * each call and each kind of failure, once for each allocation that fails and once for each thread
  * that does not start. A run must end with status 0 within its time and without a sanitizer's

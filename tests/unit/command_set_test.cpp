@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The command set's one list, from which help, man page and completions come, against what the
  * groups really run. */
 #include <ostream>

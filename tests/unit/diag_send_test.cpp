@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The DIAG engine against the phone's library: what it returns, copies and prints. */
 #include <cstring>
 #include <thread>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Many exchanges whose answers come around the time limit, for the sanitizers: races, leaks, hangs.
  * KVT_DIAG_EXCHANGES sets how many. */
 #include <cstdlib>

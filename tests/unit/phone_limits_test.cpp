@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A process that runs out of memory or threads within the platform gets a result, not an end. */
 #include <atomic>
 #include <cstdlib>

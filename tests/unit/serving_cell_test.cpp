@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The serving-cell record: where its fields lie in each version, and what becomes of it. */
 #include "serving_cell.h"
 

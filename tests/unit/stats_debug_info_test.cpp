@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The debug information: block layouts by version, and log codes that go round. */
 #include "debug_info.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The unpack engine: each check's line with its numbers, the traces, and where the cursor is left.
  */
 #include "unpack.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The vendor client, common requests, NV and EFS access, against the simulated modem. */
 #include <numeric>
 #include <thread>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The vendor service's tables against hand-written bytes, and the decoder against bytes that lie.
  */
 #include <cstring>

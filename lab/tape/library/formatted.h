@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The text that a format makes, for as long as it is needed. */
 #pragma once
 

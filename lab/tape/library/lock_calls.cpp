@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The program's own locks and semaphores: when one goes from one thread to another, that is a step
  * in the order of the run. A thread that took a lock too early could stop, with the lock in its
  * hands, in front of something that another does only with the lock. */

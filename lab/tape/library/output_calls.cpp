@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The C library's functions that a program prints with, as far as it prints on standard output: the
  * recorder keeps what is printed and where it stands among the calls, the replayer keeps threads in
  * that order. Each does what the C library's own does. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Every function that kvt imports from the platform, one wrapper each. Recorder and replayer are
  * both made of this source: what a call's inputs and outputs are called is written once, and a
  * replayed call is compared with a recorded one name by name. What a Call does with them is told in

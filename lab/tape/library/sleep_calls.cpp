@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The program's own pauses, by the C library's functions for them: how its threads come along with
  * one another depends on where among the calls a pause begins and ends. */
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Where a call goes on: the next library's definition of a function that is defined here too. */
 #pragma once
 

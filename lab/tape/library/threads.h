@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Threads by number, the same in each run: the program's first is 0, those that it makes are
  * counted as they are made. The platform's own come behind, as they are first seen. */
 #pragma once

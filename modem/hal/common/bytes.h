@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Little-endian numbers at any address, and records as the bytes they are. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A value of static storage that is never destroyed: threads may use it while the process ends.
  * Needs no heap, so it can't fail. */
 #pragma once

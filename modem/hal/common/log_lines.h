@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The tool's log lines and the two switches that decide which of them appear.
  *
  * A debug line goes to the system log (priority 7) as "SUB[shell][FILE:LINE] FUNCTION: TEXT" when

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A small logger: loggers by name, one of them in use. */
 #pragma once
 

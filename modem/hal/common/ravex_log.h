@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The framework log: the modem API's lines, "FUNCTION: TEXT" under the tag "RAVEX" of the Android
  * log. */
 #pragma once

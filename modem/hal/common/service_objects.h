@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Accessors of the platform's QMI service objects. Each returns its service's object for exactly
  * the version triple (1, minor, 6), the IDL that the records in platform/include belong to, and
  * null for any other. */

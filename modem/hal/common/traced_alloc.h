@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Two pairs of allocation functions that return zeroed memory. The modem API's pair can keep a list
  * of every live block, to hunt leaks; the pair for QMI records reports a failure through the
  * logger. */

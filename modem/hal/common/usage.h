@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Complaints about what was typed: a note, and as a rule the help of the command's group. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The dispatcher that groups 3, 4 and 5 share. */
 #pragma once
 

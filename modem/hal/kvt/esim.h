@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The eSIM command: switches slot 2 between the eUICC and a physical SIM, reads and keeps the EID,
  * shows the card states, resets the eUICC's memory. */
 #pragma once

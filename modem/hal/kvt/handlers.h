@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Handlers of the command groups. Each gets the whole argument vector (argv[1] is its own group
  * number, argv[2] the sub-command), checks both itself and tells the outcome on standard output. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* kvt GROUP SUB [ARGUMENTS...]: one modem command a run. The exit status is always 0. */
 #include <csignal>
 #include <cstdio>

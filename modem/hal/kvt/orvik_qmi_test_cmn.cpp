@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Groups 5 and 6. Log lines show this source's name, so commands that log stay here together,
  * however long it grows. */
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 11: restart, full dump and NV sync of the modem, and the print switches. */
 #include <cstdint>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 8: one AT command to the modem's AT channel. */
 #include <array>
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 10: the modem's configuration packages (MBN). Their service can't be initialised in this
  * tool: the command checks its arguments and says that nothing is done. */
 #include <cstdint>

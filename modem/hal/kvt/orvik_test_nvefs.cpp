@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 4: NV items and EFS files. */
 #include <algorithm>
 #include <array>

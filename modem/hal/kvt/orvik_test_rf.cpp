@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 3: RF tests that the modem carries out itself after a reboot. */
 #include <algorithm>
 #include <array>

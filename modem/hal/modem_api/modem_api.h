@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem API: clients of the modem's services by number.
  *
  * A caller initialises the API, asks for a client of one kind and gets its id; each operation

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The modem API's operations and its asynchronous responses. */
 #include <algorithm>
 #include <cstdint>

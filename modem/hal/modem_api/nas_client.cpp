@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "nas_client.h"
 
 #include "ravex_log.h"

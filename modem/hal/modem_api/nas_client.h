@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the NAS clients do beyond the service client. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The service clients of the modem API: four QMI clients of one shape, vs, sar, nas_0 and nas_1.
  *
  * A client connects with retries, hands decoded indications on, tells its state by an operational

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Connecting, suspending, resuming and releasing: all that a client does in turns. */
 #include <algorithm>
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The one implementation behind the four service clients; an instance is a row of constants. */
 #pragma once
 

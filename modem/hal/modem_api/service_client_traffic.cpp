@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Requests and indications: the users of a client's handle. */
 #include "service_client_core.h"
 #include "traced_alloc.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The four instances of the service client. */
 #include "immortal.h"
 #include "modem_api.h"

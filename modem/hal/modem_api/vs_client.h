@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Indications of the statistics service, as the modem API's callers get them: flat payloads,
  * little-endian, in the layouts below. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The debug information that the modem keeps about its statistics: requests 20 and 27. */
 #pragma once
 

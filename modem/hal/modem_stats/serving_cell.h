@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The serving-cell record of the modem's statistics. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Handlers of the statistics groups; see the front end for what a handler is. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Group 9: single statistics items, asked for through the modem API. */
 #pragma once
 

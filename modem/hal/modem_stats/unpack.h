@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The statistics unpack engine: reads fields that lie at any bit of a payload.
  *
  * One cursor, the globals below, stands over one payload at a time. Bit 0 is the least significant

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Which kvt this is, as an ELF note that `readelf -n` and `strings` show: owner "kvt", type 1, text
  * "VERSION (what git says of the sources)". kvt itself never prints it. */
 #include <cstddef>

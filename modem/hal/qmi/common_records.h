@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Request kind 4 of the vendor-extended service (REQUEST_ID_COMMON): records of 512 bytes, and the
  * reply. A record begins with its code; any code but those below is a request of its caller. */
 #pragma once

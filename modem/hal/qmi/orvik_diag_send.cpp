@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The DIAG engine. Log lines show this source's name, so both modes stay here, however long it
  * grows. */
 #include "orvik_diag_send.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* DIAG commands to the modem, and the hex dump of the debug log.
  *
  * A command is one raw DIAG packet of 1 to 4096 bytes. It goes out in one of two modes: callback

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* All QMI clients but the modem API's. Log lines show this source's name, so they stay here
  * together, however long it grows. */
 #include "orvik_extend_cmn.h"

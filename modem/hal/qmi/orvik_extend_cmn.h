@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Access to the modem over QMI: the client of the vendor-extended service, the common requests sent
  * through it, the SAR and UIM services. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "orvik_extend_idl.h"
 
 #include "qmi_idl_layout.h"

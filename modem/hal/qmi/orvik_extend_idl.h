@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The vendor-extended QMI service 0xFFE4: its records in memory and its service object. Message
  * 0x02 is the only one that the tool sends; the others complete the service's description. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* NV items and EFS files. Log lines show this source's name, so both stay here, however long it
  * grows. */
 #include "orvik_extend_nvefs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* NV items and EFS files of the modem, over request kind 2 of the vendor-extended service.
  *
  * Results: 0 success; -101 bad argument or length at the send, -102 the client could not be opened,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* One call into the platform, as the recorder sees it: passed on as it is, and written down with
  * what it gave. errno is the caller's throughout. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The recorder's side of the tape: one file, appended to, a whole line at a time. Whatever happens
  * to the file, the program goes on as if nobody recorded. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A lock of the program: taken, and told when another thread had it last. What is always given by
  * another comes as null. */
 #pragma once

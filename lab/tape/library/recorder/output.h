@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Text on its way to standard output: the C library's own lock is held around printing it and
  * writing it down, so that the tape has it in its true order. */
 #pragma once

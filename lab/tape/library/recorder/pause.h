@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A pause of the program: made, and told. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the recorder tells about the program and the phone it runs on, and what it keeps from the
  * program's children. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Callbacks on their way through the recorder: the platform gets a function of ours in place of the
  * program's, which writes down what comes and hands it on. Each function of the program gets one of
  * ours for good, so a callback that comes late still finds its way. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* How the tape names a service: one of the platform's objects by its name, any other by its
  * number. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A text that grows, for lines of the tape. Memory that can't be had leaves it cut, which its
  * owner is told. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* One call into the platform, as the replayer sees it: compared with the recorded one, and answered
  * with what that gave. Nothing is called. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* One callback on its way to the program. */
 #pragma once
 

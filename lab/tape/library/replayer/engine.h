@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The replayed run: what was recorded, and how far the program has come in it.
  *
  * A call is answered from the sequence of its kind and object, and only if the same goes in. Where

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A lock of the program: taken when it is this thread's turn. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The platform's service objects, which the replayer has in the platform's place. The program only
  * hands their addresses back to the platform. */
 #pragma once

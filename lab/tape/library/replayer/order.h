@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The order of the recorded run's points, and threads that wait for their turn in it. */
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A pause of the program: as long as it takes until the recorded one's end has its turn. */
 #pragma once
 
