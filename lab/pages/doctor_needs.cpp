@@ -20,7 +20,8 @@ std::string quoted(std::string_view text) {
 } // namespace
 
 std::string doctor_needs() {
-    std::string text = R"(/* What each command needs of the phone; made from the lab's catalogue. */
+    std::string text = R"(// SPDX-License-Identifier: Apache-2.0
+/* What each command needs of the phone; made from the lab's catalogue. */
 #pragma once
 
 enum Need : unsigned {
