@@ -109,6 +109,8 @@ class Compiler {
         case Event::locked:
             event.kind = ScriptKind::lock;
             event.length = static_cast<uint64_t>(event_.number);
+            event.behind_thread = event_.behind_thread;
+            event.behind = event_.behind;
             break;
         default:
             event.kind = ScriptKind::printed;

@@ -38,6 +38,8 @@ struct Event {
     std::string_view name; /* of a call, or the kind of a callback */
     int64_t from = -1;     /* number of the event that came next when the call began; -1: its own */
     int64_t number = 0;    /* done: the callback's line; printed: bytes; slept: us; locked: which */
+    int64_t behind_thread = -1; /* locked: who had it before, as its lock of which number */
+    int64_t behind = 0;
     int64_t result = 0;
     int64_t error = 0;       /* errno */
     std::string_view output; /* end: all that was printed */

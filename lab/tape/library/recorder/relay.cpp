@@ -5,6 +5,7 @@
 
 #include "journal.h"
 #include "service_name.h"
+#include "threads.h"
 
 namespace relay {
 
@@ -45,6 +46,7 @@ class Back {
         if (active_) {
             text_.add("}");
             number_ = journal::event(text_);
+            threads::step();
         }
         errno = error_;
     }
@@ -58,6 +60,7 @@ class Back {
             line.member("done", static_cast<long long>(number_));
             line.member("result", result);
             journal::event(line);
+            threads::step();
         }
         errno = error;
     }
