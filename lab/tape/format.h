@@ -1,5 +1,5 @@
 /* Reads tapes: JSON Lines, one event a line, any number of runs, whose lines may stand between one
- * another's. tape.schema.json describes a line.
+ * another's. lab/schema/tape.json describes a line.
  *
  * A tape is given as what it is: whatever stands in it, reading it ends with runs that are whole,
  * runs that are told to be broken, and lines that are told to be none. */
