@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Stands before a kvt and makes it send one byte more: a kvt that has changed. */
 #include <cstring>
 

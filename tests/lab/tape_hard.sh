@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # What tapes go through: another platform, a changed kvt, a sudden end, two recorders at once, damage.
 #
 #   tape_hard.sh BUILD

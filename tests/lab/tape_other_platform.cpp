@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Another implementation of the platform, as far as a recorder could lean on the simulated phone:
  * handles are addresses, callbacks come on the caller's own thread and before a call has returned,
  * contexts and buffers are the library's own, and several answers come at once. One library under
