@@ -88,9 +88,10 @@ std::string written(const Command& c) {
     return "{" + quoted(c.words) + ", " + quoted(c.title) + ", " + quoted(c.does) + ", " +
            quoted(c.danger) + ", " + quoted(c.leaves) + ", " + quoted(c.example) + ", " +
            quoted(c.adds_ms) + ", Effect(" + std::to_string(static_cast<int>(c.effect)) + "), " +
-           boolean(c.reboot) + ", " + boolean(c.in_help) + ", " + boolean(c.asks) + ", " + real(c.ordinary_s) + ", " +
-           real(c.longest_s) + ", " + needs + ", " + arguments + ", " + values + ", " + failed +
-           ", " + ok + ", " + verify + ", " + undo + ", " + std::to_string(c.line) + "}";
+           boolean(c.reboot) + ", " + boolean(c.in_help) + ", " + boolean(c.asks) + ", " +
+           real(c.ordinary_s) + ", " + real(c.longest_s) + ", " + needs + ", " + arguments + ", " +
+           values + ", " + failed + ", " + ok + ", " + verify + ", " + undo + ", " +
+           std::to_string(c.line) + "}";
 }
 
 /* Writes an array and returns its name. */

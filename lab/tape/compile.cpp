@@ -110,6 +110,8 @@ class Compiler {
         case Event::locked:
             event.kind = ScriptKind::lock;
             event.length = static_cast<uint64_t>(event_.number);
+            event.behind_thread = event_.behind_thread;
+            event.behind = event_.behind;
             break;
         default:
             event.kind = ScriptKind::printed;
@@ -155,10 +157,13 @@ class Compiler {
         }
         uint32_t point = 0;
         for (size_t line = 0; line <= static_cast<size_t>(lines); ++line) {
-            /* A call that nothing came into has one point for both. */
-            for (const size_t i : begins[line])
-                if (spans_[i].to != static_cast<int64_t>(line))
-                    script_.events[i].begin = point++;
+            /* A call that nothing came into has one point for both. Calls begin before the callback
+             * of the same line, which may come out of one of them. */
+            for (const bool callbacks : {false, true})
+                for (const size_t i : begins[line])
+                    if ((script_.events[i].kind == ScriptKind::back) == callbacks &&
+                        spans_[i].to != static_cast<int64_t>(line))
+                        script_.events[i].begin = point++;
             for (const size_t i : ends[line]) {
                 if (spans_[i].from == static_cast<int64_t>(line))
                     script_.events[i].begin = point;

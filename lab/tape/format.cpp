@@ -20,7 +20,7 @@ namespace {
 constexpr size_t max_strays = 20;
 /* More than any buffer of the platform's interface; a number above it is nonsense. */
 constexpr int64_t max_buffer = 1 << 24;
-constexpr int64_t max_threads = 100000;
+constexpr int64_t max_threads = 100000000;
 
 int nibble(char c) {
     if (c >= '0' && c <= '9')
@@ -183,6 +183,10 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
             good = number(event.thread, 0, max_threads);
         } else if (name == "from") {
             good = number(event.from, 0, UINT32_MAX - 1);
+        } else if (name == "behind_thread") {
+            good = number(event.behind_thread, 0, max_threads);
+        } else if (name == "behind") {
+            good = number(event.behind, 0, huge);
         } else if (name == "result") {
             good = number(event.result, INT32_MIN, INT32_MAX);
         } else if (name == "errno") {

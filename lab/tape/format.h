@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /* Reads tapes: JSON Lines, one event a line, any number of runs, whose lines may stand between one
- * another's. tape.schema.json describes a line.
+ * another's. lab/schema/tape.json describes a line.
  *
  * A tape is given as what it is: whatever stands in it, reading it ends with runs that are whole,
  * runs that are told to be broken, and lines that are told to be none. */
@@ -39,6 +39,8 @@ struct Event {
     std::string_view name; /* of a call, or the kind of a callback */
     int64_t from = -1;     /* number of the event that came next when the call began; -1: its own */
     int64_t number = 0;    /* done: the callback's line; printed: bytes; slept: us; locked: which */
+    int64_t behind_thread = -1; /* locked: who had it before, as its lock of which number */
+    int64_t behind = 0;
     int64_t result = 0;
     int64_t error = 0;       /* errno */
     std::string_view output; /* end: all that was printed */

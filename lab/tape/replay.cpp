@@ -73,7 +73,16 @@ class MemoryFile {
 struct Replayed {
     ProcessResult process;
     std::string difference; /* of a call; empty: none */
+    std::string order;      /* where the order of threads could not be kept; empty: nowhere */
 };
+
+/* What stands behind a mark in the replayer's report. */
+std::string told_line(const std::string& report, const std::string& mark) {
+    const size_t at = ("\n" + report).find("\n" + mark);
+    return at == std::string::npos
+               ? ""
+               : report.substr(at + mark.size(), report.find('\n', at) - at - mark.size());
+}
 
 bool replay_run(const std::string& kvt, const std::string& libraries, const Script& script,
                 const std::vector<std::string>& args, bool pass_on, Replayed& replayed,
@@ -106,13 +115,10 @@ bool replay_run(const std::string& kvt, const std::string& libraries, const Scri
     request.pass_on = pass_on;
     replayed.process = run_process(request);
     const std::string told = report.read();
-    constexpr std::string_view mark = "differs: ";
-    if (const size_t at = told.find(mark); at != std::string::npos) {
-        replayed.difference = told.substr(at + mark.size(), told.find('\n', at) - at - mark.size());
-        if (const size_t more = told.find("\nmore: "); more != std::string::npos)
-            replayed.difference += "; further differences: " +
-                                   told.substr(more + 7, told.find('\n', more + 1) - more - 7);
-    }
+    replayed.difference = told_line(told, "differs: ");
+    replayed.order = told_line(told, "order: ");
+    if (const std::string more = told_line(told, "more: "); !more.empty())
+        replayed.difference += "; further differences: " + more;
     return true;
 }
 
@@ -139,10 +145,11 @@ std::string output_difference(const std::string& recorded, const std::string& no
 
 /* What is to be said of a replayed run; empty: nothing differs. */
 std::string judged(const Script& script, const Replayed& replayed) {
+    const std::string order = replayed.order.empty() ? "" : " (" + replayed.order + ")";
     if (!replayed.difference.empty())
-        return replayed.difference;
+        return replayed.difference + order;
     if (replayed.process.output != script.output)
-        return output_difference(script.output, replayed.process.output);
+        return output_difference(script.output, replayed.process.output) + order;
     if (replayed.process.how != ProcessResult::exited || replayed.process.status != 0)
         return "kvt " + how_it_ended(replayed.process);
     return "";

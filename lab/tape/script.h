@@ -36,6 +36,8 @@ struct ScriptEvent {
     uint32_t inside = no_event; /* of a callback: the call of the same thread that it came in */
     int64_t at_us = 0;
     int64_t took_us = 0;
+    int64_t behind_thread = -1; /* of a lock: who had it before, as its lock of which number */
+    int64_t behind = 0;
     std::string name;                /* of the call or the kind of callback */
     std::string inputs;              /* of a call, as input_text makes them */
     std::vector<ScriptValue> values; /* a call's outputs; what a callback brings */
@@ -187,6 +189,8 @@ template <typename Stream> void pass_script(Stream& stream, Script& script) {
         stream.number(event.inside);
         stream.number(event.at_us);
         stream.number(event.took_us);
+        stream.number(event.behind_thread);
+        stream.number(event.behind);
         stream.text(event.name);
         stream.text(event.inputs);
         pass_list(stream, event.values, [&](ScriptValue& value) {

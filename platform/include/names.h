@@ -75,7 +75,11 @@ constexpr Field number(const char* name, uint8_t wire, uint8_t memory, size_t at
     return {name, wire, memory, static_cast<uint16_t>(at), 0, 0, values};
 }
 constexpr Field bytes(const char* name, uint8_t count, size_t at, size_t most, size_t count_at) {
-    return {name, count, 0, static_cast<uint16_t>(at), static_cast<uint16_t>(most),
+    return {name,
+            count,
+            0,
+            static_cast<uint16_t>(at),
+            static_cast<uint16_t>(most),
             static_cast<uint16_t>(count_at)};
 }
 

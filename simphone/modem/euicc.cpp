@@ -2,6 +2,7 @@
 #include "modem/euicc.h"
 
 #include <algorithm>
+#include <span>
 #include <sstream>
 #include <vector>
 
@@ -176,16 +177,22 @@ Bytes isd_r_apdu(ByteView apdu) {
  * parameters, the application's name in both. */
 Bytes select_answer(uint64_t file_control) {
     constexpr uint64_t parameters = 1, information = 2;
-    constexpr uint8_t tag_parameters = 0x62, tag_information = 0x6F;
+    constexpr uint8_t descriptor[] = {0x82, 2, 0x78, 0x21}, name_tag[] = {0x84, sizeof isd_r};
     Bytes content;
     if (file_control == parameters)
-        content = {0x82, 2, 0x78, 0x21};
-    else if (file_control != information)
+        content = {0x62, sizeof descriptor + sizeof name_tag + sizeof isd_r};
+    else if (file_control == information)
+        content = {0x6F, sizeof name_tag + sizeof isd_r};
+    else
         return {};
-    content.insert(content.end(), {0x84, sizeof isd_r});
-    content.insert(content.end(), std::begin(isd_r), std::end(isd_r));
-    content.insert(content.begin(), {file_control == parameters ? tag_parameters : tag_information,
-                                     static_cast<uint8_t>(content.size())});
+    const auto append = [&](std::span<const uint8_t> part) {
+        for (const uint8_t byte : part)
+            content.push_back(byte);
+    };
+    if (file_control == parameters)
+        append(descriptor);
+    append(name_tag);
+    append(isd_r);
     return content;
 }
 

@@ -12,6 +12,8 @@
 namespace {
 
 thread_local int t_number = threads::unknown;
+thread_local long long t_steps = 0;
+thread_local long long t_locks = 0;
 
 int g_made; /* by the program; atomic */
 int g_any;  /* atomic */
@@ -66,6 +68,13 @@ namespace threads {
 
 int current() { return t_number; }
 void set_current(int number) { t_number = number; }
+
+long long next_lock() { return 1000 * t_steps + ++t_locks; }
+
+void step() {
+    ++t_steps;
+    t_locks = 0;
+}
 
 bool several() { return __atomic_load_n(&g_any, __ATOMIC_ACQUIRE) != 0; }
 

@@ -6,11 +6,16 @@
 namespace threads {
 
 constexpr int unknown = -1;
-constexpr int first_of_platform = 1000;
+constexpr int first_of_platform = 1000000;
 
 /* The calling thread's number; unknown for one that the program did not make, until it is set. */
 int current();
 void set_current(int number);
+
+/* The calling thread's locks by number: a thousand for each of its steps that the tape tells of, a
+ * call's or a callback's begin or end, and one for each lock since. */
+long long next_lock();
+void step();
 
 /* True once anybody has made a second thread. */
 bool several();

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "service_name.h"
+#include "threads.h"
 
 Call::Call(const char* name) : errno_(errno), active_(journal::recording()) { flight_.name = name; }
 
@@ -56,6 +57,7 @@ void Call::begin() {
     flight_.inputs = &inputs_;
     flight_.thread = journal::this_thread();
     flight_.began_us = journal::now_us();
+    threads::step();
     journal::begin(flight_);
 }
 
@@ -80,6 +82,7 @@ void Call::end(int result) {
     if (errno_ != 0)
         line.member("errno", errno_);
     journal::end(flight_, line);
+    threads::step();
 }
 
 void Call::put_output(Text& line, const Output& output, int result) {

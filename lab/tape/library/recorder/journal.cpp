@@ -2,6 +2,7 @@
 #include "journal.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +13,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -25,6 +27,9 @@ namespace {
 
 /* The descriptor is kept clear of the low numbers, which the program would otherwise get. */
 constexpr int lowest_descriptor = 100;
+
+/* Bytes that may wait for the next write. */
+constexpr size_t most_waiting = 1 << 16;
 
 enum State { idle, running, broken, ended };
 
@@ -58,6 +63,7 @@ struct Journal {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
     int state = idle; /* atomic */
     int fd = -1;
+    bool limited = false; /* the size of files */
     char path[512] = "";
     char run[40] = "";
     timespec start = {};
@@ -104,8 +110,40 @@ void give_up(const char* what) {
     set_state(broken);
 }
 
+/* Where files may not grow for ever, what goes too far is an error to the recorder, and no signal
+ * to the program. */
+class WithoutSignal {
+  public:
+    WithoutSignal() : needed_(g_journal.limited) {
+        if (!needed_)
+            return;
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        sigaddset(&blocked, SIGXFSZ);
+        pthread_sigmask(SIG_BLOCK, &blocked, &before_);
+    }
+    ~WithoutSignal() {
+        if (!needed_)
+            return;
+        sigset_t pending, drained;
+        sigemptyset(&drained);
+        sigaddset(&drained, SIGXFSZ);
+        const timespec now = {};
+        if (sigpending(&pending) == 0 && sigismember(&pending, SIGXFSZ) == 1)
+            sigtimedwait(&drained, nullptr, &now);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    WithoutSignal(const WithoutSignal&) = delete;
+    WithoutSignal& operator=(const WithoutSignal&) = delete;
+
+  private:
+    bool needed_;
+    sigset_t before_;
+};
+
 /* All of it or nothing more of this run: a line that is cut is the last one. */
 void write_waiting() {
+    const WithoutSignal without;
     Text& lines = g_journal.waiting;
     if (!lines.whole() || !g_journal.output.whole())
         return give_up("out of memory");
@@ -225,6 +263,8 @@ void start(int argc, char** argv, const char* tape) {
                   static_cast<unsigned long long>(now.tv_sec) * 1000000 +
                       static_cast<unsigned long long>(now.tv_nsec) / 1000,
                   static_cast<unsigned>(::getpid()));
+    rlimit limit = {};
+    g_journal.limited = ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
     const int fd = ::open(tape, O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (fd < 0)
         return give_up(std::strerror(errno));
@@ -286,10 +326,10 @@ __attribute__((destructor)) void unload() {
 
 bool recording() { return state() == running; }
 
-bool changes_hands(const void* mutex) {
+bool changes_hands(const void* mutex, long long number, Taken& before) {
     struct Owner {
         const void* mutex;
-        int thread;
+        Taken taken;
     };
     /* More locks than these are told each time. */
     static Owner owners[1024];
@@ -299,13 +339,14 @@ bool changes_hands(const void* mutex) {
     const size_t first = reinterpret_cast<uintptr_t>(mutex) / 8 % room;
     for (size_t i = 0; i < room; ++i) {
         Owner& owner = owners[(first + i) % room];
-        if (owner.mutex == mutex && owner.thread == thread)
-            return false;
         if (owner.mutex != mutex && owner.mutex != nullptr)
             continue;
-        const bool told = threads::several();
-        owner = {told ? mutex : nullptr, thread};
-        return told;
+        if (owner.mutex == mutex)
+            before = owner.taken;
+        owner.mutex = mutex;
+        owner.taken.thread = thread;
+        owner.taken.number = number;
+        return before.thread != thread && threads::several();
     }
     return true;
 }
@@ -334,7 +375,7 @@ void begin(InFlight& call) {
     g_journal.in_flight = &call;
 }
 
-void end(InFlight& call, const Text& members) {
+void end(InFlight& call, const Text& members, bool now) {
     const Guard guard;
     (call.before != nullptr ? call.before->behind : g_journal.in_flight) = call.behind;
     if (call.behind != nullptr)
@@ -348,7 +389,17 @@ void end(InFlight& call, const Text& members) {
     g_journal.waiting.add(",", 1);
     g_journal.waiting.add(members.data(), members.size());
     close_line();
-    write_waiting();
+    if (now || g_journal.waiting.size() > most_waiting)
+        write_waiting();
+}
+
+void note(const Text& members) {
+    const Guard guard;
+    if (!recording() || !members.whole())
+        return;
+    add_line(members);
+    if (g_journal.waiting.size() > most_waiting)
+        write_waiting();
 }
 
 uint64_t event(const Text& members) {

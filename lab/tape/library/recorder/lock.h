@@ -6,22 +6,25 @@
 #include <cerrno>
 
 #include "journal.h"
-
-/* Counts the calling thread's locks. */
-inline thread_local unsigned t_locks = 0;
+#include "threads.h"
 
 template <typename Real> int take_lock(const void* mutex, Real real) {
-    const unsigned number = ++t_locks;
+    const long long number = threads::next_lock();
     const int result = real();
     if (result != 0 || !journal::recording())
         return result;
     const int error = errno;
-    if (mutex == nullptr || journal::changes_hands(mutex)) {
+    journal::Taken before;
+    if (mutex == nullptr || journal::changes_hands(mutex, number, before)) {
         Text line;
         line.member("at", journal::now_us());
         line.member("thread", journal::this_thread());
         line.member("locked", number);
-        journal::event(line);
+        if (before.thread >= 0) {
+            line.member("behind_thread", before.thread);
+            line.member("behind", before.number);
+        }
+        journal::note(line);
     }
     errno = error;
     return result;

@@ -26,7 +26,7 @@ template <typename Real> int pause_for(long long microseconds, Real real) {
     line.member("took", journal::now_us() - flight.began_us);
     line.member("thread", flight.thread);
     line.member("slept", microseconds);
-    journal::end(flight, line);
+    journal::end(flight, line, false);
     errno = after;
     return result;
 }

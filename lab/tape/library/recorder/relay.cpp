@@ -6,6 +6,7 @@
 
 #include "journal.h"
 #include "service_name.h"
+#include "threads.h"
 
 namespace relay {
 
@@ -46,6 +47,7 @@ class Back {
         if (active_) {
             text_.add("}");
             number_ = journal::event(text_);
+            threads::step();
         }
         errno = error_;
     }
@@ -59,6 +61,7 @@ class Back {
             line.member("done", static_cast<long long>(number_));
             line.member("result", result);
             journal::event(line);
+            threads::step();
         }
         errno = error;
     }

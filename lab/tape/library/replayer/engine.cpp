@@ -39,6 +39,7 @@ struct Engine {
     std::unordered_map<std::string, std::deque<uint32_t>> sequences;
     std::map<int, std::deque<uint32_t>> pauses; /* of each thread */
     std::map<int, std::deque<uint32_t>> locks;
+    std::map<int64_t, long long> taken;      /* number of each thread's last lock */
     std::vector<uint32_t> printed;           /* events, in their order */
     std::vector<std::vector<uint32_t>> came; /* callbacks that came out of each call */
     size_t print_at = 0;                     /* in printed */
@@ -99,6 +100,13 @@ void tell(const std::string& line) {
 void differs(const std::string& line) {
     if (g_engine.differences++ == 0)
         tell("differs: " + line);
+}
+
+void order_lost(uint32_t point, bool stuck) {
+    for (const ScriptEvent& event : g_engine.script.events)
+        if (event.begin == point || event.end == point)
+            tell("order: nobody came to what line " + std::to_string(event.line) +
+                 " of the tape tells" + (stuck ? ", and all threads waited for it" : ""));
 }
 
 /* A part of a value that is too long to show, around the place that matters. */
@@ -185,7 +193,9 @@ void run_callback(Order::Lock& lock, const ScriptEvent& event) {
                     std::min(g_engine.area_size, delivery.bytes.size()));
     g_engine.order.pass(event.begin);
     lock.unlock();
+    threads::step();
     delivery.run();
+    threads::step();
     lock.lock();
     if (event.end != no_point && event.end != event.begin)
         g_engine.order.pass(event.end);
@@ -232,7 +242,7 @@ bool load() {
     if (descriptor == nullptr || !load_script(descriptor))
         tell("differs: there is no tape to answer from");
     Script& script = g_engine.script;
-    g_engine.order.start(script.points);
+    g_engine.order.start(script.points, order_lost);
     g_engine.came.resize(script.events.size());
     for (const ScriptService& service : script.services)
         objects::set(service);
@@ -303,6 +313,7 @@ __attribute__((destructor)) void unload() {
 /* ---- calls ---- */
 
 const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
+    threads::step();
     Order::Lock lock(g_engine.order.mutex());
     const auto it = g_engine.sequences.find(sequence_of(name, inputs));
     if (it == g_engine.sequences.end() || it->second.empty()) {
@@ -342,6 +353,7 @@ const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
 }
 
 void end_call(const ScriptEvent& event) {
+    threads::step();
     const Order::Lock lock(g_engine.order.mutex());
     g_engine.order.pass(event.end);
 }
@@ -371,7 +383,7 @@ void end_pause(const ScriptEvent& event) {
 
 /* ---- locks ---- */
 
-const ScriptEvent* begin_lock(unsigned number) {
+const ScriptEvent* begin_lock(long long number) {
     if (!g_engine.active)
         return nullptr;
     Order::Lock lock(g_engine.order.mutex());
@@ -379,20 +391,34 @@ const ScriptEvent* begin_lock(unsigned number) {
     if (g_engine.order.loose() || it == g_engine.locks.end())
         return nullptr;
     std::deque<uint32_t>& events = it->second;
-    const auto numbered = [&] { return g_engine.script.events[events.front()].length; };
-    while (!events.empty() && numbered() < number)
-        events.pop_front();
-    if (events.empty() || numbered() != number)
+    const auto head = [&]() -> const ScriptEvent& {
+        return g_engine.script.events[events.front()];
+    };
+    for (; !events.empty() && static_cast<long long>(head().length) < number; events.pop_front())
+        g_engine.order.pass(head().begin); /* this time it was not needed */
+    if (events.empty() || static_cast<long long>(head().length) != number)
         return nullptr;
     const ScriptEvent& event = g_engine.script.events[events.front()];
     events.pop_front();
-    g_engine.order.wait_turn(lock, event.begin, patience_for(event));
+    g_engine.order.wait_for(lock, patience_for(event), [&] {
+        if (g_engine.order.next() < event.begin)
+            return false;
+        const auto before = g_engine.taken.find(event.behind_thread);
+        return event.behind_thread < 0 ||
+               (before != g_engine.taken.end() && before->second >= event.behind);
+    });
     return &event;
 }
 
-void end_lock(const ScriptEvent& event) {
+void end_lock(const ScriptEvent* event, long long number) {
+    if (!g_engine.active)
+        return;
     const Order::Lock lock(g_engine.order.mutex());
-    g_engine.order.pass(event.begin);
+    g_engine.taken[threads::current()] = number;
+    if (event != nullptr)
+        g_engine.order.pass(event->begin);
+    else
+        g_engine.order.wake();
 }
 
 bool takes_its_time() { return g_engine.script.as_recorded != 0; }

@@ -46,10 +46,10 @@ bool takes_its_time();
 
 /* The thread's lock of this number, when its turn has come; null when the tape does not tell of
  * it. */
-const ScriptEvent* begin_lock(unsigned number);
+const ScriptEvent* begin_lock(long long number);
 
-/* It is taken. */
-void end_lock(const ScriptEvent& event);
+/* It is taken; null: the tape does not tell of it. */
+void end_lock(const ScriptEvent* event, long long number);
 
 /* ---- numbers, as the recorder gives them ---- */
 

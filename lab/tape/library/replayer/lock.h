@@ -3,13 +3,12 @@
 #pragma once
 
 #include "engine.h"
-
-inline thread_local unsigned t_locks = 0;
+#include "threads.h"
 
 template <typename Real> int take_lock(const void*, Real real) {
-    const engine::ScriptEvent* const lock = engine::begin_lock(++t_locks);
+    const long long number = threads::next_lock();
+    const engine::ScriptEvent* const lock = engine::begin_lock(number);
     const int result = real();
-    if (lock != nullptr)
-        engine::end_lock(*lock);
+    engine::end_lock(lock, number);
     return result;
 }

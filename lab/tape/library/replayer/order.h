@@ -10,7 +10,12 @@
 
 class Order {
   public:
-    void start(uint32_t points) { passed_.assign(points, 0); }
+    /* To be told, once, which point nobody came to, and whether all threads waited for it. */
+    using Lost = void (*)(uint32_t point, bool stuck);
+    void start(uint32_t points, Lost lost) {
+        passed_.assign(points, 0);
+        lost_ = lost;
+    }
 
     /* All of these with the mutex held. */
     std::mutex& mutex() { return mutex_; }
@@ -72,6 +77,7 @@ class Order {
     uint64_t changes_ = 1;
     unsigned settled_ = 0; /* threads that have seen the last change and wait */
     bool loose_ = false;
+    Lost lost_ = nullptr;
 };
 
 template <typename Condition>
@@ -83,7 +89,9 @@ bool Order::wait_for(Lock& lock, std::chrono::microseconds patience, Condition c
     bool met = false;
     while (!(met = condition()) && !loose_) {
         settle(waiting);
-        if (nobody_moves() || std::chrono::steady_clock::now() >= until) {
+        const bool stuck = nobody_moves();
+        if (stuck || std::chrono::steady_clock::now() >= until) {
+            lost_(next_, stuck);
             give_up_order();
             break;
         }
