@@ -9,7 +9,7 @@ for header in "$2"/*.h; do
     # shellcheck disable=SC2016 # a code mark, not a command
     listed=$(sed -n "s/^| \`$name\` |\(.*\)|\$/\1/p" "$1" | grep -oE '`[^`]*`' | tr -d '`' | sort -u)
     # Without comments, directives but for names of constants, and numbers.
-    defined=$(sed 's|/\*.*\*/||; s/^#define \([A-Za-z_0-9]*\).*/\1/; /^#/d; s/extern "C"//; s/__attribute__.*/;/' "$header" |
+    defined=$(sed 's|//.*||; s|/\*.*\*/||; s/^#define \([A-Za-z_0-9]*\).*/\1/; /^#/d; s/extern "C"//; s/__attribute__.*/;/' "$header" |
         grep -oE '\b[A-Za-z_][A-Za-z0-9_]*' | grep -vxE "$known" | grep -vi '^other' | sort -u)
     if [ "$listed" != "$defined" ]; then
         echo "$name: listed and not defined, or the other way round:"
