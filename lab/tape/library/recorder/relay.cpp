@@ -46,7 +46,7 @@ class Back {
         if (active_) {
             text_.add("}");
             number_ = journal::event(text_);
-            threads::step();
+            before_ = threads::enter(threads::Place::program);
         }
         errno = error_;
     }
@@ -60,7 +60,7 @@ class Back {
             line.member("done", static_cast<long long>(number_));
             line.member("result", result);
             journal::event(line);
-            threads::step();
+            threads::enter(before_);
         }
         errno = error;
     }
@@ -70,6 +70,7 @@ class Back {
     bool active_;
     Text text_;
     uint64_t number_ = 0;
+    threads::Place before_ = threads::Place::platform;
 };
 
 /* ---- what each kind writes ---- */

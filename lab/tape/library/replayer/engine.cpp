@@ -192,9 +192,9 @@ void run_callback(Order::Lock& lock, const ScriptEvent& event) {
                     std::min(g_engine.area_size, delivery.bytes.size()));
     g_engine.order.pass(event.begin);
     lock.unlock();
-    threads::step();
+    const threads::Place before = threads::enter(threads::Place::program);
     delivery.run();
-    threads::step();
+    threads::enter(before);
     lock.lock();
     if (event.end != no_point && event.end != event.begin)
         g_engine.order.pass(event.end);
@@ -312,7 +312,6 @@ __attribute__((destructor)) void unload() {
 /* ---- calls ---- */
 
 const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
-    threads::step();
     Order::Lock lock(g_engine.order.mutex());
     const auto it = g_engine.sequences.find(sequence_of(name, inputs));
     if (it == g_engine.sequences.end() || it->second.empty()) {
@@ -352,7 +351,6 @@ const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
 }
 
 void end_call(const ScriptEvent& event) {
-    threads::step();
     const Order::Lock lock(g_engine.order.mutex());
     g_engine.order.pass(event.end);
 }
