@@ -286,6 +286,13 @@ __attribute__((destructor)) void unload() {
     if (!g_engine.active)
         return;
     Order::Lock lock(g_engine.order.mutex());
+    /* Its own thread comes to no lock and no pause any more. */
+    for (const auto* const queues : {&g_engine.locks, &g_engine.pauses})
+        if (const auto own = queues->find(threads::current()); own != queues->end())
+            for (const uint32_t i : own->second) {
+                g_engine.order.pass(g_engine.script.events[i].begin);
+                g_engine.order.pass(g_engine.script.events[i].end);
+            }
     if (g_engine.script.points > 0 && g_engine.differences == 0)
         g_engine.order.wait_turn(lock, g_engine.script.points - 1, patience);
     size_t left = 0;
