@@ -1,7 +1,4 @@
 # SPDX-License-Identifier: Apache-2.0
-# The recorder and the replayer need no package; the recorder is for phones too.
-add_subdirectory(lab/tape/library)
-
 # The lab is built where its packages are; the tool needs none of them.
 foreach(PACKAGE CLI11 nlohmann_json tomlplusplus pugixml simdjson)
   find_package(${PACKAGE} QUIET)

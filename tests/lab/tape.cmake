@@ -9,7 +9,9 @@ set_target_properties(tape_stress PROPERTIES BUILD_RPATH "$ORIGIN/../lib")
 add_test(NAME Tape.stress COMMAND sh ${TAPE}/tape_stress.sh ${CMAKE_BINARY_DIR} 60 20)
 set_tests_properties(Tape.stress PROPERTIES TIMEOUT 300)
 
-if(KVT_SANITIZE)
+add_dependencies(tape_stress kvt_record kvt_replay)
+
+if(KVT_SANITIZE OR NOT TARGET kvt-lab)
   return()
 endif()
 

@@ -25,7 +25,6 @@ echo 1 >phone/sim/type
 head -c 8 /dev/urandom >phone/stats/0.100
 printf '\376\001answer' >phone/diag/fe01
 printf '\376\002first' >phone/diag/fe02
-printf 'second' >phone/diag/fe02.2
 echo 250 >phone/diag/delay_ms
 echo 41 >phone/stats_debug/queries
 echo 2 >phone/stats_debug/version

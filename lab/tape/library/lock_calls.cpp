@@ -13,12 +13,12 @@ extern "C" {
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
     const auto real = [&] { return NEXT_DEFINITION(pthread_mutex_lock)(mutex); };
-    return threads::of_program(__builtin_return_address(0)) ? take_lock(mutex, real) : real();
+    return threads::by_program(__builtin_return_address(0)) ? take_lock(mutex, real) : real();
 }
 
 int sem_wait(sem_t* semaphore) {
     const auto real = [&] { return NEXT_DEFINITION(sem_wait)(semaphore); };
-    return threads::of_program(__builtin_return_address(0)) ? take_lock(nullptr, real) : real();
+    return threads::by_program(__builtin_return_address(0)) ? take_lock(nullptr, real) : real();
 }
 
 } // extern "C"

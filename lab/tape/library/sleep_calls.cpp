@@ -11,7 +11,7 @@
 #include "threads.h"
 
 #define C_LIBRARY(function) NEXT_DEFINITION(function)
-#define OF_PROGRAM threads::of_program(__builtin_return_address(0))
+#define OF_PROGRAM threads::by_program(__builtin_return_address(0))
 
 namespace {
 

@@ -14,6 +14,7 @@ namespace {
 thread_local int t_number = threads::unknown;
 thread_local long long t_steps = 0;
 thread_local long long t_locks = 0;
+thread_local threads::Place t_place = threads::Place::platform;
 
 int g_made; /* by the program; atomic */
 int g_any;  /* atomic */
@@ -43,6 +44,7 @@ Program g_program;
 __attribute__((constructor)) void load() {
     ::dl_iterate_phdr(find_program, &g_program);
     t_number = 0;
+    t_place = threads::Place::program;
 }
 
 using Start = void* (*)(void*);
@@ -59,6 +61,7 @@ void* run(void* data) {
     const Begin begin = *handed;
     std::free(handed);
     t_number = begin.number;
+    t_place = threads::Place::program;
     return begin.start(begin.argument);
 }
 
@@ -71,23 +74,28 @@ void set_current(int number) { t_number = number; }
 
 long long next_lock() { return 1000 * t_steps + ++t_locks; }
 
-void step() {
+Place place() { return t_place; }
+
+Place enter(Place place) {
+    const Place before = t_place;
+    t_place = place;
     ++t_steps;
     t_locks = 0;
+    return before;
 }
 
 bool several() { return __atomic_load_n(&g_any, __ATOMIC_ACQUIRE) != 0; }
 
-bool of_program(const void* address) {
-    const auto place = reinterpret_cast<uintptr_t>(address);
-    return place >= g_program.from && place < g_program.to;
+bool by_program(const void* return_address) {
+    const auto at = reinterpret_cast<uintptr_t>(return_address);
+    return t_place == Place::program && at >= g_program.from && at < g_program.to;
 }
 
 } // namespace threads
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, Start start,
                               void* argument) {
-    const bool ours = threads::of_program(__builtin_return_address(0));
+    const bool ours = threads::by_program(__builtin_return_address(0));
     const auto next = NEXT_DEFINITION(pthread_create);
     __atomic_store_n(&g_any, 1, __ATOMIC_RELEASE);
     auto* const begin = ours ? static_cast<Begin*>(std::malloc(sizeof(Begin))) : nullptr;

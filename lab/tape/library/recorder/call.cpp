@@ -6,7 +6,10 @@
 #include "service_name.h"
 #include "threads.h"
 
-Call::Call(const char* name) : errno_(errno), active_(journal::recording()) { flight_.name = name; }
+Call::Call(const char* name)
+    : errno_(errno), active_(journal::recording() && threads::place() == threads::Place::program) {
+    flight_.name = name;
+}
 
 void Call::in(const char* name, long long value) {
     if (active_)
@@ -57,8 +60,8 @@ void Call::begin() {
     flight_.inputs = &inputs_;
     flight_.thread = journal::this_thread();
     flight_.began_us = journal::now_us();
-    threads::step();
     journal::begin(flight_);
+    threads::enter(threads::Place::platform);
 }
 
 void Call::end(int result) {
@@ -82,7 +85,7 @@ void Call::end(int result) {
     if (errno_ != 0)
         line.member("errno", errno_);
     journal::end(flight_, line);
-    threads::step();
+    threads::enter(threads::Place::program);
 }
 
 void Call::put_output(Text& line, const Output& output, int result) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "journal.h"
+#include "threads.h"
 
 /* The order of the prints is what counts. */
 inline void before_output_lock() {}
@@ -14,7 +15,8 @@ inline void before_output_lock() {}
 class Printing {
   public:
     Printing(const char* text, size_t length)
-        : text_(text), length_(length), recording_(journal::recording()) {
+        : text_(text), length_(length),
+          recording_(journal::recording() && threads::place() == threads::Place::program) {
         if (recording_)
             ::flockfile(stdout);
         else

@@ -47,7 +47,7 @@ class Back {
         if (active_) {
             text_.add("}");
             number_ = journal::event(text_);
-            threads::step();
+            before_ = threads::enter(threads::Place::program);
         }
         errno = error_;
     }
@@ -61,7 +61,7 @@ class Back {
             line.member("done", static_cast<long long>(number_));
             line.member("result", result);
             journal::event(line);
-            threads::step();
+            threads::enter(before_);
         }
         errno = error;
     }
@@ -71,6 +71,7 @@ class Back {
     bool active_;
     Text text_;
     uint64_t number_ = 0;
+    threads::Place before_ = threads::Place::platform;
 };
 
 /* ---- what each kind writes ---- */

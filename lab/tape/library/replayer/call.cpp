@@ -5,6 +5,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "threads.h"
+
 using engine::ScriptEvent;
 using engine::ScriptValue;
 using lab::tape::add_input;
@@ -76,15 +78,19 @@ void Call::in_signal(const char* name, qmi_client_os_params* os_params) {
 }
 
 int Call::replay(int refused) {
+    threads::enter(threads::Place::platform);
     const ScriptEvent* const event = engine::begin_call(name_, inputs_);
-    if (event == nullptr)
+    if (event == nullptr) {
+        threads::enter(threads::Place::program);
         return refused;
+    }
     matched_ = true;
     for (size_t i = 0; i < outputs_; ++i)
         give(output_[i], *event);
     errno_ = static_cast<int>(event->error);
     const auto result = static_cast<int>(event->result);
     engine::end_call(*event);
+    threads::enter(threads::Place::program);
     return result;
 }
 

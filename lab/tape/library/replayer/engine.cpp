@@ -193,9 +193,9 @@ void run_callback(Order::Lock& lock, const ScriptEvent& event) {
                     std::min(g_engine.area_size, delivery.bytes.size()));
     g_engine.order.pass(event.begin);
     lock.unlock();
-    threads::step();
+    const threads::Place before = threads::enter(threads::Place::program);
     delivery.run();
-    threads::step();
+    threads::enter(before);
     lock.lock();
     if (event.end != no_point && event.end != event.begin)
         g_engine.order.pass(event.end);
@@ -287,6 +287,13 @@ __attribute__((destructor)) void unload() {
     if (!g_engine.active)
         return;
     Order::Lock lock(g_engine.order.mutex());
+    /* Its own thread comes to no lock and no pause any more. */
+    for (const auto* const queues : {&g_engine.locks, &g_engine.pauses})
+        if (const auto own = queues->find(threads::current()); own != queues->end())
+            for (const uint32_t i : own->second) {
+                g_engine.order.pass(g_engine.script.events[i].begin);
+                g_engine.order.pass(g_engine.script.events[i].end);
+            }
     if (g_engine.script.points > 0 && g_engine.differences == 0)
         g_engine.order.wait_turn(lock, g_engine.script.points - 1, patience);
     size_t left = 0;
@@ -313,7 +320,6 @@ __attribute__((destructor)) void unload() {
 /* ---- calls ---- */
 
 const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
-    threads::step();
     Order::Lock lock(g_engine.order.mutex());
     const auto it = g_engine.sequences.find(sequence_of(name, inputs));
     if (it == g_engine.sequences.end() || it->second.empty()) {
@@ -353,7 +359,6 @@ const ScriptEvent* begin_call(const char* name, const std::string& inputs) {
 }
 
 void end_call(const ScriptEvent& event) {
-    threads::step();
     const Order::Lock lock(g_engine.order.mutex());
     g_engine.order.pass(event.end);
 }
