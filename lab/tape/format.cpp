@@ -164,7 +164,9 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
         event.kind = kind;
         ++kinds;
     };
-    for (const auto& [name, value] : object) {
+    for (const dom::key_value_pair& member : object) {
+        const std::string_view name = member.key;
+        const dom::element value = member.value;
         const auto number = [&](int64_t& out, int64_t least, int64_t most) {
             return value.get(out) == simdjson::SUCCESS && out >= least && out <= most;
         };
