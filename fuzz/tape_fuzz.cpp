@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Any bytes as a tape: read, made into a script, shown part by part. */
 #include <algorithm>
 #include <cstddef>
