@@ -61,7 +61,8 @@ for phone; do
     esac
 done
 STATION_PLAN=$(cat "$plan") STATION_SCRIPT=$(cat "$0")
-export STATION_PLAN STATION_SCRIPT
+SHELL=${SHELL:-/bin/sh} # parallel quotes what it hands on for this shell, and loses it without one
+export STATION_PLAN STATION_SCRIPT SHELL
 # shellcheck disable=SC2086,SC2016 # one word a phone; some names are for the other machine
 {
     [ -z "$here" ] ||

@@ -23,7 +23,7 @@ add_phone() { # add_phone FOLDER [SETTING WORD]...
 }
 wrong() {
     echo "$*"
-    for file in reports*/*.csv reports*/*.xml reports*/*.err; do echo "== $file"; cat "$file"; done
+    for file in errors reports*/*.csv reports*/*.err; do echo "== $file"; cat "$file"; done
     exit 1
 }
 expect() { grep -qE "$1" "$2" || wrong "no $1 in $2"; } # expect PATTERN FILE
