@@ -84,8 +84,8 @@ class TapePage {
             page_.line();
             break;
         case Event::printed:
-        case Event::slept:
-        case Event::locked:
+        case Event::waited:
+        case Event::clock:
         case Event::done:
             break;
         }

@@ -5,10 +5,13 @@
 
 #include "service_name.h"
 #include "threads.h"
+#include "turn.h"
 
 Call::Call(const char* name)
     : errno_(errno), active_(journal::recording() && threads::place() == threads::Place::program) {
     flight_.name = name;
+    if (!active_)
+        journal::hold_after_end();
 }
 
 void Call::in(const char* name, long long value) {
@@ -62,9 +65,11 @@ void Call::begin() {
     flight_.began_us = journal::now_us();
     journal::begin(flight_);
     threads::enter(threads::Place::platform);
+    turn::give();
 }
 
 void Call::end(int result) {
+    turn::take();
     Text line;
     line.member("at", flight_.began_us);
     line.member("took", journal::now_us() - flight_.began_us);

@@ -20,6 +20,7 @@
 #include "program.h"
 #include "symbols.h"
 #include "threads.h"
+#include "turn.h"
 
 namespace journal {
 
@@ -66,7 +67,8 @@ struct Journal {
     bool limited = false; /* the size of files */
     char path[512] = "";
     char run[40] = "";
-    timespec start = {};
+    timespec start = {};      /* of CLOCK_MONOTONIC */
+    timespec start_time = {}; /* of CLOCK_REALTIME */
     uint64_t next = 0;
     Text waiting; /* lines that have a number and are not written yet */
     Text output;  /* all that was printed */
@@ -204,7 +206,7 @@ uint64_t add_line(const Text& members) {
 
 void write_head(int argc, char** argv) {
     Text head;
-    head.member("tape", 1);
+    head.member("tape", 2);
     head.member("time", static_cast<long long>(std::time(nullptr)));
     head.key("args");
     head.add("[");
@@ -257,8 +259,8 @@ void end_cut_line() {
 void start(int argc, char** argv, const char* tape) {
     std::snprintf(g_journal.path, sizeof g_journal.path, "%s", tape);
     ::clock_gettime(CLOCK_MONOTONIC, &g_journal.start);
-    timespec now = {};
-    ::clock_gettime(CLOCK_REALTIME, &now);
+    ::clock_gettime(CLOCK_REALTIME, &g_journal.start_time);
+    const timespec& now = g_journal.start_time;
     std::snprintf(g_journal.run, sizeof g_journal.run, "%llx-%x",
                   static_cast<unsigned long long>(now.tv_sec) * 1000000 +
                       static_cast<unsigned long long>(now.tv_nsec) / 1000,
@@ -274,6 +276,7 @@ void start(int argc, char** argv, const char* tape) {
     else
         ::close(fd);
     end_cut_line();
+    turn::take();
     set_state(running);
     write_head(argc, argv);
 }
@@ -295,6 +298,7 @@ __attribute__((constructor)) void load(int argc, char** argv, char** envp) {
 __attribute__((destructor)) void unload() {
     if (state() != running)
         return;
+    turn::take(); /* for good: what others would still do is not seen */
     const Guard guard;
     close_printed();
     for (const InFlight* call = g_journal.in_flight; call != nullptr; call = call->behind) {
@@ -326,31 +330,6 @@ __attribute__((destructor)) void unload() {
 
 bool recording() { return state() == running; }
 
-bool changes_hands(const void* mutex, long long number, Taken& before) {
-    struct Owner {
-        const void* mutex;
-        Taken taken;
-    };
-    /* More locks than these are told each time. */
-    static Owner owners[1024];
-    const size_t room = sizeof owners / sizeof owners[0];
-    const int thread = this_thread();
-    const Guard guard;
-    const size_t first = reinterpret_cast<uintptr_t>(mutex) / 8 % room;
-    for (size_t i = 0; i < room; ++i) {
-        Owner& owner = owners[(first + i) % room];
-        if (owner.mutex != mutex && owner.mutex != nullptr)
-            continue;
-        if (owner.mutex == mutex)
-            before = owner.taken;
-        owner.mutex = mutex;
-        owner.taken.thread = thread;
-        owner.taken.number = number;
-        return before.thread != thread && threads::several();
-    }
-    return true;
-}
-
 long long now_us() {
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -375,7 +354,7 @@ void begin(InFlight& call) {
     g_journal.in_flight = &call;
 }
 
-void end(InFlight& call, const Text& members, bool now) {
+void end(InFlight& call, const Text& members) {
     const Guard guard;
     (call.before != nullptr ? call.before->behind : g_journal.in_flight) = call.behind;
     if (call.behind != nullptr)
@@ -389,17 +368,49 @@ void end(InFlight& call, const Text& members, bool now) {
     g_journal.waiting.add(",", 1);
     g_journal.waiting.add(members.data(), members.size());
     close_line();
-    if (now || g_journal.waiting.size() > most_waiting)
-        write_waiting();
+    write_waiting();
 }
 
+namespace {
+
+/* What matters only for the order of others is written with the next line, so that the program is
+ * not held up where its threads meet. */
 void note(const Text& members) {
     const Guard guard;
-    if (!recording() || !members.whole())
+    if (!recording())
         return;
     add_line(members);
     if (g_journal.waiting.size() > most_waiting)
         write_waiting();
+}
+
+} // namespace
+
+void waited(Wait kind, long long began_us, int result, int error) {
+    Text line;
+    line.member("at", began_us);
+    line.member("took", now_us() - began_us);
+    line.member("thread", this_thread());
+    line.member_text("waited", name_of(kind));
+    if (threads::past(kind) > 0)
+        line.member("past", threads::past(kind));
+    line.member("result", result);
+    if (error != 0)
+        line.member("errno", error);
+    note(line);
+}
+
+void clock(clockid_t clock, const timespec& time) {
+    if (!recording() || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC))
+        return;
+    const timespec& start = clock == CLOCK_REALTIME ? g_journal.start_time : g_journal.start;
+    Text line;
+    line.member("at", now_us());
+    line.member("thread", this_thread());
+    line.member("clock", clock);
+    line.member("ns",
+                (time.tv_sec - start.tv_sec) * 1'000'000'000LL + time.tv_nsec - start.tv_nsec);
+    note(line);
 }
 
 uint64_t event(const Text& members) {

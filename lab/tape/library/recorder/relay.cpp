@@ -7,6 +7,7 @@
 #include "journal.h"
 #include "service_name.h"
 #include "threads.h"
+#include "turn.h"
 
 namespace relay {
 
@@ -18,8 +19,11 @@ constexpr size_t room = 64;
 class Back {
   public:
     Back(const char* kind, size_t slot) : error_(errno), active_(journal::recording()) {
-        if (!active_)
+        if (!active_) {
+            journal::hold_after_end();
             return;
+        }
+        turn::take();
         text_.member("at", journal::now_us());
         text_.member("thread", journal::this_thread());
         text_.member_text("back", kind);
@@ -62,6 +66,7 @@ class Back {
             line.member("result", result);
             journal::event(line);
             threads::enter(before_);
+            turn::give();
         }
         errno = error;
     }
