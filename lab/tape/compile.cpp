@@ -92,7 +92,6 @@ class Compiler {
         case Event::clock:
             event.kind = ScriptKind::clock;
             event.number = event_.number;
-            event.ns = event_.ns;
             break;
         default:
             event.kind = event_.kind == Event::call ? ScriptKind::call : ScriptKind::open;

@@ -38,8 +38,7 @@ struct Event {
     int64_t thread = 0;
     std::string_view name; /* of a call, or the kind of a callback or wait */
     int64_t from = -1;     /* number of the event that came next when the call began; -1: its own */
-    int64_t number = 0;    /* done: the callback's line; printed: bytes; waited: past; a clock's */
-    int64_t ns = 0;        /* clock: since the run's start */
+    int64_t number = 0;    /* done: the callback's line; printed: bytes; waited: past; clock: ns */
     int64_t result = 0;
     int64_t error = 0;       /* errno */
     std::string_view output; /* end: all that was printed */

@@ -38,8 +38,7 @@ struct ScriptEvent {
     std::vector<ScriptValue> values; /* a call's outputs; what a callback brings */
     int64_t result = 0;
     int64_t error = 0;  /* errno */
-    int64_t number = 0; /* a wait: how many of its kind the thread came past; a clock's */
-    int64_t ns = 0;     /* a clock: since the run's start */
+    int64_t number = 0; /* a wait: how many of its kind the thread came past; a clock: ns */
 
     bool is_point() const { return kind != ScriptKind::open && kind != ScriptKind::clock; }
 };
@@ -194,7 +193,6 @@ template <typename Stream> void pass_script(Stream& stream, Script& script) {
         stream.number(event.result);
         stream.number(event.error);
         stream.number(event.number);
-        stream.number(event.ns);
     });
 }
 

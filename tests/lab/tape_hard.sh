@@ -95,7 +95,7 @@ sed 's/"req_len":524/"req_len":3/' both >damaged && damaged "a wrong length" "ou
 sed 's/"result":0/"result":99999999999/' both >damaged && damaged "a number out of range" "out of range"
 sed 's/"thread":0/"thread":-1/' both >damaged && damaged "a thread out of range" "out of range"
 sed 's/"printed":[0-9]*/"printed":7/' both >damaged && damaged "another length" "its lines tell of"
-sed 's/"tape":1/"tape":2/' both >damaged && damaged "another version" "version 2"
+sed 's/"tape":2/"tape":1/' both >damaged && damaged "another version" "version 1"
 # A million lines of a run that is whole but for its end.
 {
     line 1 | sed 's/"run":"[^"]*"/"run":"long"/'

@@ -67,8 +67,7 @@ struct Journal {
     bool limited = false; /* the size of files */
     char path[512] = "";
     char run[40] = "";
-    timespec start = {};      /* of CLOCK_MONOTONIC */
-    timespec start_time = {}; /* of CLOCK_REALTIME */
+    timespec start = {};
     uint64_t next = 0;
     Text waiting; /* lines that have a number and are not written yet */
     Text output;  /* all that was printed */
@@ -259,8 +258,8 @@ void end_cut_line() {
 void start(int argc, char** argv, const char* tape) {
     std::snprintf(g_journal.path, sizeof g_journal.path, "%s", tape);
     ::clock_gettime(CLOCK_MONOTONIC, &g_journal.start);
-    ::clock_gettime(CLOCK_REALTIME, &g_journal.start_time);
-    const timespec& now = g_journal.start_time;
+    timespec now = {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
     std::snprintf(g_journal.run, sizeof g_journal.run, "%llx-%x",
                   static_cast<unsigned long long>(now.tv_sec) * 1000000 +
                       static_cast<unsigned long long>(now.tv_nsec) / 1000,
@@ -400,15 +399,13 @@ void waited(Wait kind, long long began_us, int result, int error) {
     note(line);
 }
 
-void clock(clockid_t clock, const timespec& time) {
-    if (!recording() || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC))
+void clock_read(const timespec& time) {
+    if (!recording())
         return;
-    const timespec& start = clock == CLOCK_REALTIME ? g_journal.start_time : g_journal.start;
+    const timespec& start = g_journal.start;
     Text line;
-    line.member("at", now_us());
     line.member("thread", this_thread());
-    line.member("clock", clock);
-    line.member("ns",
+    line.member("clock",
                 (time.tv_sec - start.tv_sec) * 1'000'000'000LL + time.tv_nsec - start.tv_nsec);
     note(line);
 }

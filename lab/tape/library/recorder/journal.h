@@ -45,8 +45,8 @@ uint64_t event(const Text& members);
 /* The calling thread goes on. */
 void waited(Wait kind, long long began_us, int result, int error);
 
-/* The program has read a clock. */
-void clock(clockid_t clock, const timespec& time);
+/* The program has read CLOCK_MONOTONIC. */
+void clock_read(const timespec& time);
 
 /* Something the program printed on standard output, told in the order in which it was printed. */
 void printed(const char* text, size_t length);

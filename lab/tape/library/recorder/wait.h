@@ -60,9 +60,9 @@ template <typename Attempt, typename Real> void may_wait(Wait kind, Attempt atte
     }
 }
 
-inline void clock_was_read(clockid_t clock, const timespec& time) {
+inline void clock_was_read(const timespec& time) {
     const int error = errno;
-    journal::clock(clock, time);
+    journal::clock_read(time);
     errno = error;
 }
 

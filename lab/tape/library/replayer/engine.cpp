@@ -91,8 +91,7 @@ bool load() {
     for (const ScriptService& service : g_state.script.services)
         objects::set(service);
     static const auto platform_threads = sort_events();
-    for (const clockid_t clock : {CLOCK_REALTIME, CLOCK_MONOTONIC})
-        ::clock_gettime(clock, &g_state.start[clock]);
+    ::clock_gettime(CLOCK_MONOTONIC, &g_state.start);
     g_state.order.start(g_state.script.events, g_state.script.as_recorded != 0, order_lost);
     g_state.order.expect(static_cast<int>(platform_threads.size()));
     for (const auto& [number, callbacks] : platform_threads)

@@ -50,8 +50,8 @@ const ScriptEvent* take_turn(const Waiting& waiting);
 void step_aside();
 void step_in();
 
-/* What the clock shows, if the program was told. */
-void read_clock(clockid_t clock, timespec& time);
+/* Puts what CLOCK_MONOTONIC showed in the recorded run in place of what it shows. */
+void read_clock(timespec& time);
 
 /* ---- numbers, as the recorder gives them ---- */
 

@@ -69,9 +69,9 @@ template <typename Attempt, typename Real> void may_wait(Wait kind, Attempt atte
     });
 }
 
-inline void clock_was_read(clockid_t clock, timespec& time) {
+inline void clock_was_read(timespec& time) {
     const int error = errno;
-    engine::read_clock(clock, time);
+    engine::read_clock(time);
     errno = error;
 }
 

@@ -81,21 +81,20 @@ int64_t as_ns(const timespec& time) { return time.tv_sec * second_ns + time.tv_n
 
 } // namespace
 
-void read_clock(clockid_t clock, timespec& time) {
-    if (!g_state.active || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC))
+void read_clock(timespec& time) {
+    if (!g_state.active)
         return;
     const threads::Aside aside;
     const Order::Lock lock(g_state.order.mutex());
     /* As it was read; what was not read then shows when the last thing happened. Once there is no
      * order any more it goes on from there. */
-    const int64_t start = as_ns(g_state.start[clock]);
+    const int64_t start = as_ns(g_state.start);
     int64_t shown = start + g_state.order.now_us() * 1000;
     std::deque<uint32_t>& own = g_state.own[threads::current()];
     if (g_state.order.loose()) {
         shown = std::max(shown, as_ns(time));
-    } else if (!own.empty() && g_state.event(own.front()).kind == ScriptKind::clock &&
-               g_state.event(own.front()).number == clock) {
-        shown = start + g_state.event(own.front()).ns;
+    } else if (!own.empty() && g_state.event(own.front()).kind == ScriptKind::clock) {
+        shown = start + g_state.event(own.front()).number;
         own.pop_front();
     }
     time = {static_cast<time_t>(shown / second_ns), static_cast<long>(shown % second_ns)};
