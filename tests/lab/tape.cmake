@@ -21,8 +21,7 @@ foreach(NAME redact twin hard)
 endforeach()
 
 # Every command of every transcript and page.
-file(GLOB TRANSCRIPTS RELATIVE ${PROJECT_SOURCE_DIR}/tests/transcripts CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/tests/transcripts/*.txt)
+file(GLOB TRANSCRIPTS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/transcripts/*.txt)
 foreach(FILE ${TRANSCRIPTS})
   get_filename_component(NAME ${FILE} NAME_WE)
   add_test(NAME Tape.transcript.${NAME}
@@ -41,3 +40,5 @@ foreach(NAME libqmi_cci libidl libqmi_common_so libdiag libcutils liblog libqcri
 endforeach()
 add_library(tape_changed MODULE ${TAPE}/tape_changed.cpp)
 target_link_libraries(tape_changed PRIVATE ${CMAKE_DL_LIBS})
+add_test(NAME Tape.other COMMAND sh ${TAPE}/tape_other.sh ${CMAKE_BINARY_DIR} ${TRANSCRIPTS})
+set_tests_properties(Tape.other PROPERTIES TIMEOUT 600 COST 90)

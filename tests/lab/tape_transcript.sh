@@ -3,14 +3,14 @@
 # A transcript's commands, recorded and replayed: what they print under the recorder is what the
 # transcript demands, and what they print again without a phone is the same.
 #
-#   tape_transcript.sh BUILD TEST [ARM64]
+#   tape_transcript.sh BUILD TEST
 #
-# BUILD is the build's folder, TEST a test of transcript_test; ARM64 the build that is recorded and
-# replayed instead, under emulation.
-build=$1 test=$2 arm64=$3
+# BUILD is the build's folder, TEST a test of transcript_test. KVT_TEST_ARM64 names a build that is
+# recorded and replayed instead, under emulation.
+build=$1 test=$2
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
-export KVT_TEST_TAPE="$work/tape" KVT_TEST_BUILD="$build" KVT_TEST_ARM64="$arm64"
+export KVT_TEST_TAPE="$work/tape" KVT_TEST_BUILD="$build"
 
 cat >"$work/record" <<'END'
 #!/bin/sh
@@ -36,10 +36,11 @@ KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >
 [ -s "$KVT_TEST_TAPE" ] || exit 0 # no command of kvt's in it
 
 replayed=$build/bin/kvt
-[ -n "$arm64" ] && replayed=$work/replay
+[ -n "$KVT_TEST_ARM64" ] && replayed=$work/replay
 KVT_PHONE="$work/none" "$build/bin/kvt-lab" --kvt "$replayed" replay "$KVT_TEST_TAPE" >"$work/out" 2>&1
 status=$?
 grep -v ': same$' "$work/out"
+echo "$(grep -c ': same$' "$work/out") runs are the same"
 if [ -e "$work/none" ]; then
     echo "the simulated phone was there when the tape was replayed"
     exit 1
