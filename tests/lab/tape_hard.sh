@@ -34,6 +34,32 @@ replay other >said || complain "the other platform's tape does not replay"
 grep -v ': same$' said
 [ -e phone ] && complain "the simulated phone was there"
 
+# ---- the same calls in the same order, late packets and a service that goes down included ----
+mkdir -p phone/diag
+echo 250 >phone/diag/delay_ms
+echo 200 >phone/restart_ms
+for command in '5 0 0 0 2000 0x7b 1' '5 0 1 0 2000 0x7b 1' '5 0 0 1 0 0x7b' '9 7 0'; do
+    for side in plain recorded; do
+        rm -f phone/log
+        [ "$command" != '9 7 0' ] || echo 'qmi_client_send_msg_sync:vs.0x207 1 restart' >phone/faults
+        case $side in
+        plain) "$kvt" $command >plain ;;
+        recorded) record calls -- $command >recorded ;;
+        esac
+        rm -f phone/faults
+        sed -n 's/.* \(call .*\)/\1/p' phone/log >$side.calls
+        [ "$command" != '9 7 0' ] || sleep 0.3 # the services are back
+    done
+    [ -s plain.calls ] && cmp -s plain.calls recorded.calls || complain "$command: other calls under the recorder"
+    # The thread that watches the time may or may not come to its last line.
+    for side in plain recorded; do
+        grep -v wait_thread_proc $side | sort >$side.sorted
+    done
+    cmp -s plain.sorted recorded.sorted || complain "$command: other output under the recorder"
+done
+replay calls >said || complain "late packets and restarts do not replay: $(cat said)"
+rm -r phone
+
 # ---- a kvt that has changed ----
 record tape -- 5 0 0 0 100 0x7b 1 2 >/dev/null
 cat >changed <<END

@@ -58,11 +58,4 @@ void hold_after_end();
 /* What the platform said a property was. */
 void property(const char* key, const char* value);
 
-/* Numbers for what can't be compared between runs: in the order in which they were first seen.
- * 0 for null, -1 for one that was never seen. */
-int add_handle(const void* handle, const void* os_params);
-int handle_number(const void* handle);
-int signal_number(const void* os_params); /* the number of the last handle made with them */
-int pointer_number(const void* pointer, bool add);
-
 } // namespace journal
