@@ -1,5 +1,6 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
+# shellcheck disable=SC2086,SC2015,SC2016 # a command is its words; complain always succeeds
 # What tapes go through: another platform, a changed kvt, a sudden end, two recorders at once, damage.
 #
 #   tape_hard.sh BUILD
