@@ -40,7 +40,7 @@ grep -v ': same$' said
 mkdir -p phone/diag
 echo 250 >phone/diag/delay_ms
 echo 200 >phone/restart_ms
-for command in '5 0 0 0 2000 0x7b 1' '5 0 1 0 2000 0x7b 1' '5 0 0 1 0 0x7b' '9 7 0'; do
+for command in '5 0 0 0 2000 0x7b 1' '5 0 1 0 2000 0x7b 1' '9 7 0'; do
     for side in plain recorded; do
         rm -f phone/log
         [ "$command" != '9 7 0' ] || echo 'qmi_client_send_msg_sync:vs.0x207 1 restart' >phone/faults
