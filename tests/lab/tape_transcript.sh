@@ -19,15 +19,17 @@ cat >"$work/record" <<'END'
 behind=${LD_PRELOAD:+:$LD_PRELOAD}
 unset LD_PRELOAD
 exec qemu-aarch64 -L /usr/aarch64-linux-gnu -E KVT_TAPE="$KVT_TEST_TAPE" \
-    -E LD_PRELOAD="$KVT_TEST_ARM64/lib/libkvt_record.so$behind" "$KVT_TEST_ARM64/bin/kvt" "$@" 2>/dev/null
+    -E LD_PRELOAD="$KVT_TEST_ARM64/lib/libkvt_record.so$behind" "$KVT_TEST_ARM64/bin/kvt" "$@"
 END
 cat >"$work/replay" <<'END'
 #!/bin/sh
-unset LD_LIBRARY_PATH
-exec qemu-aarch64 -L /usr/aarch64-linux-gnu -E LD_LIBRARY_PATH="$KVT_TEST_ARM64/lib/kvt-replay" \
-    "$KVT_TEST_ARM64/bin/kvt" "$@"
+unset LD_LIBRARY_PATH LD_PRELOAD
+libraries=$KVT_TEST_ARM64/lib/kvt-replay
+exec qemu-aarch64 -L /usr/aarch64-linux-gnu -E LD_LIBRARY_PATH="$libraries" \
+    -E LD_PRELOAD="$libraries/libqmi_cci.so" "$KVT_TEST_ARM64/bin/kvt" "$@"
 END
 chmod +x "$work/record" "$work/replay"
+[ -z "$KVT_TEST_ARM64" ] || export KVT_EMULATOR=env # record and replay call the real one
 
 KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >"$work/out" 2>&1 || {
     cat "$work/out"
