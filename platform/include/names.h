@@ -92,7 +92,7 @@ inline constexpr Number qmi_results[] = {{0, "success"}, {1, "failure"}};
 inline constexpr Number qmi_errors[] = {
     {0, "none"}, {1, "malformed message"}, {2, "no memory"}, {3, "internal"}, {4, "aborted"},
     {17, "missing argument"}, {37, "UIM uninitialized"}, {48, "invalid argument"}, {50, "no entry"},
-    {52, "device not ready"}, {66, "insufficient resources"}, {71, "invalid QMI command"},
+    {52, "device not ready"}, {66, "session invalid"}, {68, "insufficient resources"}, {71, "invalid QMI command"},
     {74, "information unavailable"}, {94, "not supported"},
 };
 inline constexpr Field standard_response[] = {
