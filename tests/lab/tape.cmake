@@ -6,7 +6,7 @@ set(TAPE ${CMAKE_CURRENT_LIST_DIR})
 add_executable(tape_stress ${TAPE}/tape_stress.cpp)
 target_link_libraries(tape_stress PRIVATE hal_kvt platform_libraries)
 set_target_properties(tape_stress PROPERTIES BUILD_RPATH "$ORIGIN/../lib")
-add_test(NAME Tape.stress COMMAND sh ${TAPE}/tape_stress.sh ${CMAKE_BINARY_DIR} 60 20)
+add_test(NAME Tape.stress COMMAND sh ${TAPE}/tape_stress.sh ${CMAKE_BINARY_DIR} 200 100)
 set_tests_properties(Tape.stress PROPERTIES TIMEOUT 300)
 
 add_dependencies(tape_stress kvt_record kvt_replay)
