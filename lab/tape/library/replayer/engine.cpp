@@ -24,8 +24,11 @@ State& g_state = *new State;
 namespace {
 
 void order_lost(uint32_t event) {
-    tell("order: nobody came to what line " + std::to_string(g_state.event(event).line) +
-         " of the tape tells");
+    if (event == g_state.script.events.size())
+        tell("order: the program goes on where the tape ends");
+    else
+        tell("order: nobody came to what line " + std::to_string(g_state.event(event).line) +
+             " of the tape tells");
 }
 
 /* A thread of the platform's own, with the callbacks that came on it. */

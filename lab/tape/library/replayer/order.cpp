@@ -73,8 +73,7 @@ void Order::give() {
 template <typename Condition> void Order::wait(Lock& lock, Condition condition) {
     while (!condition()) {
         changed_.wait_for(lock, look_again);
-        if (!loose_ && !as_recorded_ && next_ < passed_.size() &&
-            steady_clock::now() - changed_at_ > patience)
+        if (!loose_ && !as_recorded_ && steady_clock::now() - changed_at_ > patience)
             lose();
     }
 }

@@ -17,7 +17,7 @@
 
 class Order {
   public:
-    /* To be told, once, which event nobody came to. */
+    /* To be told, once, which event nobody came to; their number: all were passed. */
     using Lost = void (*)(uint32_t event);
 
     /* By the program's first thread, which runs. Events live as long as the order. */
