@@ -52,7 +52,10 @@ for command in '5 0 0 0 2000 0x7b 1' '5 0 1 0 2000 0x7b 1' '9 7 0'; do
         sed -n 's/.* \(call .*\)/\1/p' phone/log >$side.calls
         [ "$command" != '9 7 0' ] || sleep 0.3 # the services are back
     done
-    [ -s plain.calls ] && cmp -s plain.calls recorded.calls || complain "$command: other calls under the recorder"
+    # What is still called while a service goes down depends on how soon the run ends.
+    [ "$command" = '9 7 0' ] || cmp -s plain.calls recorded.calls ||
+        complain "$command: other calls under the recorder"
+    [ -s plain.calls ] || complain "$command: no calls"
     # The thread that watches the time may or may not come to its last line.
     for side in plain recorded; do
         grep -v wait_thread_proc $side | sort >$side.sorted
