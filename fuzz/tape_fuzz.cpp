@@ -24,7 +24,7 @@ void describe(const Event& event) {
             describe_diag(text, bytes);
             for (const names::Service& service : names::services)
                 for (const names::Message& message : service.messages)
-                    for (const Layout layout : {Layout::wire, Layout::memory}) {
+                    for (const Layout layout : {Layout::wire, Layout::record}) {
                         Exchange exchange;
                         for (const MessageType type :
                              {MessageType::request, MessageType::response, MessageType::indication})

@@ -399,7 +399,7 @@ bool describe_diag(std::string& out, std::string_view packet) {
     append_named(out, names::diag_commands, command);
     out += ": ";
     describe_bytes(out, packet);
-    return command != names::diag_bad_command;
+    return !names::diag_refuses(static_cast<uint8_t>(command));
 }
 
 } // namespace lab::tape

@@ -92,7 +92,7 @@ inline constexpr Number qmi_results[] = {{0, "success"}, {1, "failure"}};
 inline constexpr Number qmi_errors[] = {
     {0, "none"}, {1, "malformed message"}, {2, "no memory"}, {3, "internal"}, {4, "aborted"},
     {17, "missing argument"}, {37, "UIM uninitialized"}, {48, "invalid argument"}, {50, "no entry"},
-    {52, "device not ready"}, {66, "insufficient resources"}, {71, "invalid QMI command"},
+    {52, "device not ready"}, {66, "session invalid"}, {68, "insufficient resources"}, {71, "invalid QMI command"},
     {74, "information unavailable"}, {94, "not supported"},
 };
 inline constexpr Field standard_response[] = {
@@ -387,6 +387,7 @@ inline constexpr Number typed_commands[] = {
 /* ---- DIAG: the first byte of a packet ---- */
 
 inline constexpr uint8_t diag_bad_command = 0x13;
+inline constexpr uint8_t diag_refusals[] = {diag_bad_command, 0x14, 0x15, 0x18};
 inline constexpr Number diag_commands[] = {
     {0x00, "version"}, {0x0C, "status"}, {diag_bad_command, "bad command"}, {0x14, "bad parameters"},
     {0x15, "bad length"}, {0x18, "bad mode"}, {0x26, "NV read"}, {0x27, "NV write"}, {0x29, "mode change"},
@@ -416,6 +417,14 @@ constexpr const char* name_of(std::span<const Number> rows, int64_t value) {
         if (row.value == value)
             return row.name;
     return nullptr;
+}
+
+/* Whether a packet from the phone that begins with this byte says no. */
+constexpr bool diag_refuses(uint8_t command) {
+    for (const uint8_t refusal : diag_refusals)
+        if (refusal == command)
+            return true;
+    return false;
 }
 
 constexpr const Service* service_of(int64_t id) {
