@@ -51,9 +51,7 @@ bool Teller::tell(std::string& out, const Crossing& crossing) {
 }
 
 void append_told(std::string& out, Direction direction, bool good, std::string_view text) {
-    out += direction == Direction::to_phone     ? '>'
-           : direction == Direction::from_phone ? '<'
-                                                : ' ';
+    out += direction == Direction::to_phone ? '>' : direction == Direction::from_phone ? '<' : ' ';
     out += good ? " " : " FAILED: ";
     out += text;
 }

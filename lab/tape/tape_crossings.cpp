@@ -244,9 +244,8 @@ void TapeCrossings::back() {
 bool told_whole(const Tape& tape, const std::string& file) {
     for (const std::string& stray : tape.strays())
         std::fprintf(stderr, "kvt-lab: %s: %s\n", file.c_str(), stray.c_str());
-    return tape.strays().empty() &&
-           std::all_of(tape.runs().begin(), tape.runs().end(),
-                       [](const Run& run) { return run.problem.empty(); });
+    return tape.strays().empty() && std::all_of(tape.runs().begin(), tape.runs().end(),
+                                                [](const Run& run) { return run.problem.empty(); });
 }
 
 } // namespace lab::tape

@@ -252,6 +252,7 @@ inline constexpr Field vs_entry[] = {
     number("id", 4, 4, NAMES_AT(vs_stats_entry_v01, id), statistics_items),
     bytes("data", 2, NAMES_AT(vs_stats_entry_v01, data), QMI_VS_MAX_DATA, NAMES_AT(vs_stats_entry_v01, data_len)),
 };
+inline constexpr size_t vs_entry_data = 2; /* the item's record, by the id before it */
 inline constexpr Field vs_ind_entry[] = {
     number("value", 4, 4, NAMES_AT(vs_ind_entry_v01, value)),
     bytes("data", 2, NAMES_AT(vs_ind_entry_v01, data), QMI_VS_MAX_DATA, NAMES_AT(vs_ind_entry_v01, data_len)),
