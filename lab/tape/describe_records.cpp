@@ -86,8 +86,8 @@ void fields(std::string& out, std::span<const vs_records::Field> rows, std::stri
         char text[64];
         if (row.kind != vs_records::Kind::f32)
             append_number(out, static_cast<int64_t>(bits));
-        else if (!std::isfinite(value))
-            append_hex(out, data.substr(at, width));
+        else if (std::isnan(value))
+            out += "nan";
         else
             out.append(
                 text, static_cast<size_t>(std::snprintf(text, sizeof text, "%.2f", double{value})));

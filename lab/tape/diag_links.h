@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-/* Which DIAG packet answers which: packets carry no number, so the first packet from the phone that
- * begins with the command sent, or with a refusal, is the answer. */
+/* Which DIAG packet answers which. Packets carry no number, so the first packet from the phone that
+ * begins with the command sent, or with a refusal, is the answer, unless the library says so. */
 #pragma once
 
 #include <algorithm>
@@ -21,12 +21,14 @@ class DiagLinks {
             open_.push_back({exchange, command(packet)});
     }
 
-    /* The exchange of the packet that was answered; 0: none. */
-    uint32_t answered(std::string_view packet) {
+    /* The exchange of the packet that was answered; 0: none. `is_answer`: it is one to whichever was
+     * sent first. */
+    uint32_t answered(std::string_view packet, bool is_answer) {
         if (packet.empty())
             return 0;
         const auto found = std::find_if(open_.begin(), open_.end(), [&](const Sent& sent) {
-            return names::diag_refuses(command(packet)) || sent.command == command(packet);
+            return is_answer || names::diag_refuses(command(packet)) ||
+                   sent.command == command(packet);
         });
         if (found == open_.end())
             return 0;

@@ -95,7 +95,7 @@ void LogCrossings::packet(std::string_view text, Crossing& crossing) {
     } else if (which == "lost") {
         crossing.flags = crossing_late | crossing_failed;
     } else {
-        crossing.exchange = links.answered(crossing.bytes);
+        crossing.exchange = links.answered(crossing.bytes, false);
     }
 }
 

@@ -76,6 +76,8 @@ void TapeCrossings::event(const Run& run) {
         call();
         break;
     case Event::open:
+        if (event_.name == "sleep") /* a thread that the program's end did not wait for */
+            break;
         begin(CrossingKind::note, Direction::to_phone);
         crossing_.bytes.assign(event_.name).append(": did not come back");
         emit(false);
@@ -221,7 +223,7 @@ void TapeCrossings::back() {
     }
     if (event_.name == "packet" || event_.name == "response") {
         crossing_.kind = CrossingKind::diag;
-        crossing_.exchange = diag_.answered(crossing_.bytes);
+        crossing_.exchange = diag_.answered(crossing_.bytes, event_.name == "response");
         return emit(true);
     }
     if (event_.name == "stream") {

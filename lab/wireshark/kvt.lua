@@ -186,6 +186,13 @@ end
 function Packet:add_bytes(tree, proto_field, at, length) return tree:add(proto_field, self:range(at, length)) end
 function Packet:add(tree, proto_field, at, width, value) return tree:add(proto_field, self:range(at, width), value) end
 
+-- As much of a part of `data`, which begins at `base_at`, as there is: in the tree, and returned as text.
+function Packet:add_part(tree, proto_field, data, base_at, at, length)
+  local bytes = part(data, at, length)
+  self:add_bytes(tree, proto_field, base_at + at, #bytes)
+  return bytes_text(bytes)
+end
+
 -- ---- the vendor service's records; `at` is where the data begins ----
 
 function Packet:nvefs_request(tree, data, at)
@@ -200,7 +207,7 @@ function Packet:nvefs_request(tree, data, at)
   if operation >= names.efs_read then
     local length = math.min(get("path_length", 1), rows.path_most)
     local path = part(data, rows.path, length)
-    self:add(tree, f.path, at + rows.path, length, path)
+    self:add(tree, f.path, at + rows.path, #path, path)
     self:say(", " .. path)
   else
     self:add(tree, f.item, at + rows.item, 2, get("item", 2))
@@ -209,8 +216,7 @@ function Packet:nvefs_request(tree, data, at)
   local whole, chunk, offset = get("whole", 4), get("chunk", 4), get("offset", 4)
   if operation == names.nv_write then
     self:add(tree, f.whole, at + rows.whole, 4, whole)
-    self:add_bytes(tree, f.data, at + rows.data, whole)
-    self:say(": " .. bytes_text(part(data, rows.data, whole)))
+    self:say(": " .. self:add_part(tree, f.data, data, at, rows.data, whole))
   elseif operation == names.efs_read then
     self:add(tree, f.offset, at + rows.offset, 4, offset)
     self:say(", offset " .. number(offset))
@@ -219,9 +225,8 @@ function Packet:nvefs_request(tree, data, at)
     self:add(tree, f.whole, at + rows.whole, 4, whole)
     self:add(tree, f.offset, at + rows.offset, 4, offset)
     self:add(tree, f.instance, at + rows.item, 2, get("item", 2))
-    self:add_bytes(tree, f.data, at + rows.data, chunk)
     self:say((", %d of %d bytes, offset %d, instance %d: "):format(chunk, whole, offset, get("item", 2)))
-    self:say(bytes_text(part(data, rows.data, chunk)))
+    self:say(self:add_part(tree, f.data, data, at, rows.data, chunk))
   end
 end
 
@@ -234,8 +239,7 @@ function Packet:nvefs_response(tree, data, at)
   if chunk > 0 then
     self:add(tree, f.chunk, at + rows.chunk, 4, chunk)
     self:add(tree, f.whole, at + rows.whole, 4, whole)
-    self:add_bytes(tree, f.data, at + rows.data, chunk)
-    self:say((", %d of %d bytes: "):format(chunk, whole) .. bytes_text(part(data, rows.data, chunk)))
+    self:say((", %d of %d bytes: "):format(chunk, whole) .. self:add_part(tree, f.data, data, at, rows.data, chunk))
   end
   if self.asked.operation == names.efs_write then return result >= 0 end
   return result == 0
@@ -249,9 +253,8 @@ function Packet:record_fields(tree, rows, data, base_at, at, version)
       local bytes = part(data, at, row.width)
       local value, text = le(bytes, 0, row.width)
       if row.kind == "f32" then
-        local infinite = math.floor(value / 0x800000) % 256 == 255
         value = Struct.unpack("<f", bytes)
-        text = infinite and hex(bytes) or ("%.2f"):format(value)
+        text = value ~= value and "nan" or ("%.2f"):format(value)
       else
         text = number(value)
       end
@@ -295,15 +298,13 @@ function Packet:common_record(tree, data, at)
     self:add(tree, f.typed, at + rows.type, 4, command)
     self:say(named(names.typed_commands, command))
     if size > 0 then
-      self:add_bytes(tree, f.payload, at + rows.payload, size)
-      self:say(", " .. bytes_text(part(data, rows.payload, size)))
+      self:say(", " .. self:add_part(tree, f.payload, data, at, rows.payload, size))
     end
   elseif what == names.record_statistics and self.type ~= REQUEST then
     self:debug_information(tree, data:sub(rows.data + 1), at + rows.data)
   else
     local rest = data:sub(rows.data + 1):gsub("%z+$", "")
-    self:add_bytes(tree, f.payload, at + rows.data, #rest)
-    self:say(bytes_text(rest))
+    self:say(self:add_part(tree, f.payload, data, at, rows.data, #rest))
   end
   return result >= 0
 end

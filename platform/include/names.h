@@ -347,6 +347,9 @@ inline constexpr Number transport_results[] = {
     {QMI_CLIENT_PARAM_ERR, "parameter"}, {QMI_CLIENT_INVALID_CLIENT, "invalid client"},
     {QMI_CLIENT_FW_NOT_UP, "framework not up"}, {QMI_CLIENT_INVALID_SIG, "invalid signal"},
     {QMI_XPORT_BUSY_ERR, "busy"},
+    /* and of its decoder */
+    {-40, "message ends early"}, {-41, "array too long"}, {-42, "unknown message"}, {-44, "TLV twice"},
+    {-45, "wrong length"}, {-46, "TLV missing"}, {-49, "unknown TLV"}, {-50, "text too long"},
 };
 
 /* ---- the vendor service's records (bytes of its data) ---- */

@@ -3,11 +3,13 @@
 # A transcript's commands, recorded and replayed: what they print under the recorder is what the
 # transcript demands, and what they print again without a phone is the same.
 #
-#   tape_transcript.sh BUILD TEST [ARM64]
+#   tape_transcript.sh BUILD TEST [ARM64|--record]
 #
 # BUILD is the build's folder, TEST a test of transcript_test; ARM64 the build that is recorded and
-# replayed instead, under emulation.
-build=$1 test=$2 arm64=$3
+# replayed instead, under emulation. The tape is left in BUILD/Testing/tapes for those who compare
+# what is read from it; --record does nothing more.
+build=$1 test=$2 arm64=$3 only=
+[ "$arm64" = --record ] && arm64= only=1
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 export KVT_TEST_TAPE="$work/tape" KVT_TEST_BUILD="$build" KVT_TEST_ARM64="$arm64"
@@ -34,6 +36,8 @@ KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >
     exit 1
 }
 [ -s "$KVT_TEST_TAPE" ] || exit 0 # no command of kvt's in it
+[ -z "$arm64" ] && mkdir -p "$build/Testing/tapes" && cp "$KVT_TEST_TAPE" "$build/Testing/tapes/$test.tape"
+[ -n "$only" ] && exit 0
 
 replayed=$build/bin/kvt
 [ -n "$arm64" ] && replayed=$work/replay
