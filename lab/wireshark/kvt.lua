@@ -3,7 +3,8 @@
 -- at once: into the tree, and into the line that `kvt-lab show` prints too. The table `names` stands
 -- before this.
 
-local kvt = Proto("kvt", "kvt and the phone")
+local is_first, kvt = pcall(Proto, "kvt", "kvt and the phone")
+if not is_first then return end -- there is a copy of this in another of the folders
 
 -- ---- fields ----
 

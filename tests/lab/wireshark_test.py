@@ -9,6 +9,7 @@ import glob
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -99,7 +100,7 @@ def check(file, work):
     capture = os.path.join(work, "capture")
     subprocess.run([lab, "pcap", file, capture], check=False)
     packets = json.loads(subprocess.run(
-        ["tshark", "-X", "lua_script:" + dissector, "-r", capture, "-T", "json", "-J", "kvt", "--no-duplicate-keys"],
+        ["tshark", "-r", capture, "-T", "json", "-J", "kvt", "--no-duplicate-keys"], env={**os.environ, "HOME": work},
         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True).stdout)
     frames = [packet["_source"]["layers"]["kvt"] for packet in packets]
     entries = shown(file)
@@ -122,6 +123,9 @@ def check(file, work):
 
 with tempfile.TemporaryDirectory() as work:
     tape, phone = os.path.join(work, "all.tape"), os.path.join(work, "phone")
+    plugins = os.path.join(work, ".local/lib/wireshark/plugins")  # where it looks itself
+    os.makedirs(plugins)
+    shutil.copy(dissector, plugins)
     with open(tape, "wb") as all_tapes:
         for name in sorted(glob.glob(os.path.join(tapes, "*.tape"))):
             with open(name, "rb") as one:
