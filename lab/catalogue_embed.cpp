@@ -101,7 +101,7 @@ template <typename T> std::string list(const char* type, std::span<const T> item
     std::string text;
     for (const T& item : items)
         text += "    " + written(item) + ",\n";
-    const std::string name = "list_" + std::to_string(g_lists++);
+    std::string name = "list_" + std::to_string(g_lists++);
     std::printf("constexpr %s %s[] = {\n%s};\n", type, name.c_str(), text.c_str());
     return name;
 }

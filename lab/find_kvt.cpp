@@ -28,7 +28,7 @@ std::string own_folder() {
 
 std::string find_kvt(const std::string& given, std::string& error) {
     const char* const setting = std::getenv("KVT_PROGRAM");
-    const std::string named = !given.empty() ? given : setting != nullptr ? setting : "";
+    std::string named = !given.empty() ? given : setting != nullptr ? setting : "";
     if (!named.empty()) {
         if (may_run(named))
             return named;

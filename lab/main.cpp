@@ -2,7 +2,9 @@
 /* kvt-lab: reads the command line and hands it to the verb. */
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
+#include <exception>
 #include <functional>
 
 #include <CLI/CLI.hpp>
@@ -244,11 +246,7 @@ constexpr Verb verbs[] = {
     {"pages", "renew the pages that are made from the catalogue", read_pages},
 };
 
-} // namespace
-
-int main(int argc, char** argv) {
-    /* A file that may not grow is a failed write, not the end of us. */
-    std::signal(SIGXFSZ, SIG_IGN);
+int run(int argc, char** argv) {
     CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
     app.require_subcommand(1);
     app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");
@@ -278,4 +276,17 @@ int main(int argc, char** argv) {
         if (apps[i]->parsed())
             return actions[i]();
     return 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    /* A file that may not grow is a failed write, not the end of us. */
+    std::signal(SIGXFSZ, SIG_IGN);
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) { /* no memory, or a folder that can't be read */
+        std::fprintf(stderr, "kvt-lab: %s\n", error.what());
+        return 5;
+    }
 }

@@ -49,6 +49,7 @@ int start(pid_t& pid, char* const* argv, char* const* environment, int output, b
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
+    result.reserve(words.size() + 1);
     for (std::string& word : words)
         result.push_back(word.data());
     result.push_back(nullptr);

@@ -23,9 +23,10 @@ build() {
         need "$packages" || return 1
         [ -e "$built" ] || say "Building $program (once)"
         touch "$built.started" || return 1
-        generator=Ninja # unless somebody has configured build/ with another
-        [ -e "$ROOT/build/CMakeCache.txt" ] && generator=
-        quietly cmake -S "$ROOT" -B "$ROOT/build" ${generator:+-G "$generator"} &&
+        how='-G Ninja --fresh' # unless build/ is configured already, and not a copy of another clone's
+        grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$ROOT" "$ROOT/build/CMakeCache.txt" && how=
+        # shellcheck disable=SC2086 # no word or three
+        quietly cmake -S "$ROOT" -B "$ROOT/build" $how &&
             quietly cmake --build "$ROOT/build" -j "$(nproc)" --target kvt "$program" &&
             mv "$built.started" "$built"
     fi

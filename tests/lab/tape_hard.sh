@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # What tapes go through: another platform, a changed kvt, a sudden end, two recorders at once, damage.
 #
+# shellcheck disable=SC2086,SC2015,SC2016 # a command is several words; the rest is meant so
 #   tape_hard.sh BUILD
 build=$1 lab=$1/bin/kvt-lab kvt=$1/bin/kvt
 work=$(mktemp -d) || exit 1

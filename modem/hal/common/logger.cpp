@@ -15,15 +15,7 @@ namespace {
 std::atomic<LoggerImpl*> g_logger{&StdoutLogger};
 
 const char* level_name(int level) {
-    switch (level) {
-    case 3:
-        return "DEBUG";
-    case 4:
-    case 5:
-        return "ERROR";
-    default:
-        return "INFO";
-    }
+    return level == 3 ? "DEBUG" : level == 4 || level == 5 ? "ERROR" : "INFO";
 }
 
 void write_stdout(int level, const char* tag, const char* text) {

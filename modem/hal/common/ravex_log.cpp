@@ -26,24 +26,16 @@ long ravex_log_format_log_msg(char* out, int size, const char* fmt, ...) {
 }
 
 void ravex_log_msg_to_adb(int level, const char* text) {
-    int priority = 0;
-    switch (level) {
-    case RAVEX_LOG_DEFAULT:
-    case 16:
-        priority = ANDROID_LOG_INFO;
-        break;
-    case RAVEX_LOG_DEBUG:
-        priority = ANDROID_LOG_DEBUG;
-        break;
-    case RAVEX_LOG_ERROR:
-    case 5:
-        priority = ANDROID_LOG_ERROR;
-        break;
-    default:
-        break;
-    }
-    if (priority != 0)
-        __android_log_print(priority, "RAVEX", "%s", text);
+    static constexpr struct {
+        int level, priority;
+    } priorities[] = {{RAVEX_LOG_DEFAULT, ANDROID_LOG_INFO},
+                      {16, ANDROID_LOG_INFO},
+                      {RAVEX_LOG_DEBUG, ANDROID_LOG_DEBUG},
+                      {RAVEX_LOG_ERROR, ANDROID_LOG_ERROR},
+                      {5, ANDROID_LOG_ERROR}};
+    for (const auto& row : priorities)
+        if (row.level == level)
+            __android_log_print(row.priority, "RAVEX", "%s", text);
     if (g_ravex_log_mirror != nullptr)
         std::fprintf(g_ravex_log_mirror, "%s\n", text);
 }

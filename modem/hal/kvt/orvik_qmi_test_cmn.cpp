@@ -297,20 +297,14 @@ int32_t uim_power(uint32_t up, uint32_t ignore_hotswap) {
 bool esim_switch(uint32_t physical_sim, uint32_t ignore_hotswap) {
     const int32_t down = uim_power(0, 0);
     ESIM_DBG("POWER_DOWN_UIM2 res = %d", down);
-    if (down != 0) {
-        esim_failed();
+    if (down != 0)
         return false;
-    }
     const uint32_t payload[] = {physical_sim, 0};
     uint8_t reply[ORVIK_COMMON_REPLY_SIZE]; /* not read */
     orvik_send_common_qmi_msg(CMD_ESIM_SWITCH, sizeof payload, payload, reply);
     const int32_t up = uim_power(1, ignore_hotswap);
     ESIM_DBG("POWER_UP_UIM2 res = %d", up);
-    if (up != 0) {
-        esim_failed();
-        return false;
-    }
-    return true;
+    return up == 0;
 }
 
 struct eid_text_type {
@@ -333,7 +327,7 @@ bool try_get_eid(int loop, uint8_t (&eid)[eid_size], eid_text_type& text) {
 void switch_to_esim() {
     ESIM_DBG("switch to eSIM");
     if (!esim_switch(0, 1))
-        return;
+        return esim_failed();
     uint8_t eid[eid_size];
     eid_text_type text;
     for (int i = 0; i < eid_tries_after_switch; ++i) {
@@ -354,7 +348,7 @@ void switch_to_esim() {
 void switch_to_psim() {
     ESIM_DBG("switch to SIM2");
     if (!esim_switch(1, 0))
-        return;
+        return esim_failed();
     ESIM_DBG("SIM2 Power Up successfully");
     std::puts("value=SUCCEED");
 }
@@ -375,10 +369,8 @@ void show_eid() {
 void show_card_states() {
     ESIM_DBG("try get simcard status");
     uint8_t states[2] = {};
-    if (orvik_uim_get_card_status(reinterpret_cast<char*>(states)) != 0) {
-        esim_failed();
-        return;
-    }
+    if (orvik_uim_get_card_status(reinterpret_cast<char*>(states)) != 0)
+        return esim_failed();
     ESIM_DBG("card_status, [%d, %d]", states[0], states[1]);
     map_sim_state(states);
 }
@@ -399,10 +391,8 @@ void reset_euicc() {
     uint8_t channel_id = 255;
     const int32_t opened = orvik_uim_open_channel(open_args, &channel_id);
     ESIM_DBG("orvik_uim_open_channel res = %d, channel_id = %d", opened, channel_id);
-    if (opened != 0) {
-        esim_failed();
-        return;
-    }
+    if (opened != 0)
+        return esim_failed();
 
     const uint8_t head[] = {esim_slot, channel_id, sizeof reset_apdu};
     char apdu_args[sizeof head + sizeof reset_apdu];
@@ -411,10 +401,8 @@ void reset_euicc() {
     uint8_t reply[256] = {};
     const int32_t sent = orvik_uim_send_apdu(apdu_args, reply);
     ESIM_DBG("orvik_uim_send_apdu res = %d", sent);
-    if (sent != 0) {
-        esim_failed();
-        return;
-    }
+    if (sent != 0)
+        return esim_failed();
 
     char text[2 * reset_reply_size + 1] = {};
     orvik_byte_to_hex(reply, reset_reply_size, text);
@@ -426,8 +414,7 @@ void reset_euicc() {
     } else {
         /* Published: the channel stays open. */
         ESIM_DBG("orvik_uim_send_apdu, apdu rsp check failed.");
-        esim_failed();
-        return;
+        return esim_failed();
     }
 
     uint8_t close_args[] = {esim_slot, channel_id};

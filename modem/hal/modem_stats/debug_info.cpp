@@ -149,11 +149,10 @@ int print_rows(const uint8_t* data, int version, std::span<const info_row> rows,
 }
 
 int print_block(const uint8_t* data, int version, std::span<const info_row> rows) {
-    if (data == nullptr) {
-        std::puts("ptr is null");
-        return 0;
-    }
-    return print_rows(data, version, rows);
+    if (data != nullptr)
+        return print_rows(data, version, rows);
+    std::puts("ptr is null");
+    return 0;
 }
 
 } // namespace

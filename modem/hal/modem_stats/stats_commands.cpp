@@ -22,24 +22,25 @@ uint8_t sample[UNPK_MEMORY_SIZE] = {
     0x07, 0x00, 0x00, 0x00, 0xcc, 0x01, 0x02, 0x0b, 0x00, 0x02, 0x0a, 0x8a, 0x76, 0x00, 0x01, 0x00,
 };
 
+bool argument_there(int argc) {
+    if (argc <= 3)
+        usage_note(GROUP_MODEM_STATS, NOTE_TOO_FEW_PARAMETERS);
+    return argc > 3;
+}
+
 /* Both tests return 0 for a usage error, else 1. */
 int orvik_test_modem_stats_parsing_process(int argc, char** argv) {
-    if (argc <= 3) {
-        usage_note(GROUP_MODEM_STATS, NOTE_TOO_FEW_PARAMETERS);
+    if (!argument_there(argc))
         return 0;
-    }
-    const int print = std::atoi(argv[3]);
-    std::printf("length = %d, print_flag = %d\n", sample_length, print);
-    g_pk_print_flag = print;
+    g_pk_print_flag = std::atoi(argv[3]);
+    std::printf("length = %d, print_flag = %d\n", sample_length, g_pk_print_flag);
     orvik_test_modem_stats_parsing_process_do(0, sample_length, 0, sample);
     return 1;
 }
 
 int orvik_test_modem_stats_get_debug_info(int argc, char** argv) {
-    if (argc <= 3) {
-        usage_note(GROUP_MODEM_STATS, NOTE_TOO_FEW_PARAMETERS);
+    if (!argument_there(argc))
         return 0;
-    }
     orvik_test_modem_stats_get_debug_info_do(std::atoi(argv[3]));
     return 1;
 }

@@ -40,26 +40,13 @@ namespace {
 enum class field_kind : uint8_t { u8, u16, i32, f32 };
 
 constexpr int width_of(field_kind kind) {
-    switch (kind) {
-    case field_kind::u8:
-        return 1;
-    case field_kind::u16:
-        return 2;
-    default:
-        return 4;
-    }
+    return kind == field_kind::u8 ? 1 : kind == field_kind::u16 ? 2 : 4;
 }
 
 struct field_row {
     field_kind kind;
     const char* name;  /* in the line for a record that ends too early */
     const char* label; /* in the record's line; null: read, not printed */
-};
-
-struct record_row {
-    const char* title; /* begins the line */
-    const char* sign;  /* between label and value */
-    std::span<const field_row> fields;
 };
 
 constexpr size_t max_fields = 22;
@@ -120,26 +107,16 @@ constexpr field_row ant_info_fields[] = {
     shown(u16, "sig_path"),   shown(u8, "old_config"),       shown(u8, "new_config"),
 };
 
-// clang-format off
-constexpr record_row carrier_4g = {"ASDIV DATA", ": ",  carrier_4g_fields};
-constexpr record_row rssi       = {"ASDIV DATA", ": ",  rssi_fields};
-constexpr record_row snr        = {"ASDIV DATA", ": ",  snr_fields};
-constexpr record_row rsrp       = {"ASDIV DATA", ": ",  rsrp_fields};
-constexpr record_row ant_switch = {"ASDIV DATA", " = ", ant_switch_fields};
-constexpr record_row wcdma      = {"ASDIV DATA", ": ",  wcdma_fields};
-constexpr record_row gsm        = {"ASDIV DATA", ": ",  gsm_fields};
-constexpr record_row ant_info   = {"ANT INFO",   ": ",  ant_info_fields};
-// clang-format on
-
-constexpr int size_of(const record_row& record) {
+constexpr int size_of(std::span<const field_row> fields) {
     int size = 0;
-    for (const field_row& field : record.fields)
+    for (const field_row& field : fields)
         size += width_of(field.kind);
     return size;
 }
-static_assert(size_of(carrier_4g) == 75 && size_of(rssi) == 20 && size_of(snr) == 20 &&
-              size_of(rsrp) == 24 && size_of(ant_switch) == 16 && size_of(wcdma) == 9 &&
-              size_of(gsm) == 9 && size_of(ant_info) == 8);
+static_assert(size_of(carrier_4g_fields) == 75 && size_of(rssi_fields) == 20 &&
+              size_of(snr_fields) == 20 && size_of(rsrp_fields) == 24 &&
+              size_of(ant_switch_fields) == 16 && size_of(wcdma_fields) == 9 &&
+              size_of(gsm_fields) == 9 && size_of(ant_info_fields) == 8);
 static_assert(std::size(carrier_4g_fields) == max_fields);
 
 /* Takes the next bytes of the reply as a number; false, after a line, when there are not enough. */
@@ -161,21 +138,23 @@ bool read_field(const field_row& field, uint32_t& value) {
     return true;
 }
 
-int show_item(unsigned sub, modem_stats_data_id_e_type id, const record_row& record) {
+/* sign: between label and value; title: begins the line. */
+int show_item(unsigned sub, modem_stats_data_id_e_type id, std::span<const field_row> fields,
+              const char* sign = ": ", const char* title = "ASDIV DATA") {
     if (const int failed = orvik_test_qmi_modem_stats_get(sub, id); failed != 0)
         return failed;
     std::array<uint32_t, max_fields> values{};
-    for (size_t i = 0; i < record.fields.size(); ++i)
-        if (!read_field(record.fields[i], values[i]))
+    for (size_t i = 0; i < fields.size(); ++i)
+        if (!read_field(fields[i], values[i]))
             return 1;
 
-    std::printf("%s: ", record.title);
+    std::printf("%s: ", title);
     const char* separator = "";
-    for (size_t i = 0; i < record.fields.size(); ++i) {
-        const field_row& field = record.fields[i];
+    for (size_t i = 0; i < fields.size(); ++i) {
+        const field_row& field = fields[i];
         if (field.label == nullptr)
             continue;
-        std::printf("%s%s%s", separator, field.label, record.sign);
+        std::printf("%s%s%s", separator, field.label, sign);
         if (field.kind == f32)
             std::printf("%.2f", static_cast<double>(std::bit_cast<float>(values[i])));
         else
@@ -189,34 +168,36 @@ int show_item(unsigned sub, modem_stats_data_id_e_type id, const record_row& rec
 } // namespace
 
 int orvik_test_qmi_modem_stats_4g_rssi(unsigned sub, modem_stats_data_id_e_type id) {
-    return show_item(sub, id, carrier_4g);
+    return show_item(sub, id, carrier_4g_fields);
 }
 
 int orvik_test_qmi_modem_stats_5g_rssi(unsigned sub) {
-    return show_item(sub, MODEM_STATS_5G_PCC_RSSI, rssi);
+    return show_item(sub, MODEM_STATS_5G_PCC_RSSI, rssi_fields);
 }
 
 int orvik_test_qmi_modem_stats_5g_snr(unsigned sub) {
-    return show_item(sub, MODEM_STATS_5G_PCC_SNR, snr);
+    return show_item(sub, MODEM_STATS_5G_PCC_SNR, snr_fields);
 }
 
 int orvik_test_qmi_modem_stats_5g_ant_diversity(unsigned sub) {
-    return show_item(sub, MODEM_STATS_5G_ANT_DIVERSITY, ant_switch);
+    return show_item(sub, MODEM_STATS_5G_ANT_DIVERSITY, ant_switch_fields, " = ");
 }
 
 int orvik_test_qmi_modem_stats_5g_rsrp(unsigned sub, modem_stats_data_id_e_type id) {
-    return show_item(sub, id, rsrp);
+    return show_item(sub, id, rsrp_fields);
 }
 
 int orvik_test_qmi_modem_stats_wcdma_rssi(unsigned sub) {
-    return show_item(sub, MODEM_STATS_WCDMA_RSSI, wcdma);
+    return show_item(sub, MODEM_STATS_WCDMA_RSSI, wcdma_fields);
 }
 
 int orvik_test_qmi_modem_stats_gsm_rssi(unsigned sub) {
-    return show_item(sub, MODEM_STATS_GSM_RSSI, gsm);
+    return show_item(sub, MODEM_STATS_GSM_RSSI, gsm_fields);
 }
 
-int orvik_test_qmi_modem_stats_ant_info() { return show_item(0, MODEM_STATS_ANT_INFO, ant_info); }
+int orvik_test_qmi_modem_stats_ant_info() {
+    return show_item(0, MODEM_STATS_ANT_INFO, ant_info_fields, ": ", "ANT INFO");
+}
 
 /* ==== options ==== */
 

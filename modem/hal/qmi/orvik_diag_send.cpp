@@ -195,11 +195,9 @@ int orvik_diag_comand_output_check(uint8_t* reply_buf, uint32_t* p_reply_len) {
 }
 
 int orvik_diag_cmd_response_check(const uint8_t* ptr, int32_t len, const uint32_t* context_data) {
-    int32_t id = -1;
-    if (context_data != nullptr)
-        id = static_cast<int32_t>(*context_data);
-    else
+    if (context_data == nullptr)
         ORVIK_DBG("context_data is null");
+    const int32_t id = context_data != nullptr ? static_cast<int32_t>(*context_data) : -1;
     ORVIK_DBG("================ response from %d[%s], len = %d ========================", id,
               processor_label(id), len);
     if (ptr == nullptr)
@@ -532,10 +530,8 @@ int send_dci_request(const char* function, const dci_listeners& listeners, int c
         return ORVIK_FAILED_IN(function, 1,
                                "Could not get support list for ch %d, err: %d, errno: %d", channel,
                                err, errno);
-    if ((peripherals & DIAG_CON_MPSS) != 0)
-        ORVIK_DBG_IN(function, "MPSS on ch:%d: UP", channel);
-    else
-        ORVIK_DBG_IN(function, "MPSS on ch:%d: DOWN", channel);
+    ORVIK_DBG_IN(function, "MPSS on ch:%d: %s", channel,
+                 (peripherals & DIAG_CON_MPSS) != 0 ? "UP" : "DOWN");
     ORVIK_DBG_IN(function, "Opening Data Stream, registering listeners for ch:%d", channel);
     err = diag_register_dci_stream_proc(client_id, listeners.log, listeners.event);
     if (err != DIAG_DCI_NO_ERROR)
@@ -565,47 +561,43 @@ int await_dci_reply(const char* function, const dci_reply& reply) {
     return result;
 }
 
-void dci_deinit(const dci_reply* reply) {
-    if (reply != nullptr)
-        orvik_diag_deinit_with_result();
-    else
-        Diag_LSM_DeInit();
-}
-
 /* A whole DCI command while libdiag is up, which it takes down. reply: null for a command without
  * result, which only waits a while. */
 int run_dci_command(const char* function, const uint8_t* data, uint32_t data_len,
                     const dci_reply* reply) {
     const std::unique_ptr<void, void (*)(void*)> response_packet(std::malloc(dci_response_size),
                                                                  std::free);
-    if (response_packet == nullptr) {
-        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d", errno);
-        dci_deinit(reply);
-        return 1;
-    }
     static int client_signal = 18; /* SIGCONT; libdiag takes its address */
     const int channel = local_processor;
     uint16_t peripherals = DIAG_CON_MPSS;
     int client_id = 0;
-    int err = diag_register_dci_client(&client_id, &peripherals, channel, &client_signal);
-    if (err != DIAG_DCI_NO_ERROR) {
+    int err = 0;
+    int result = 1;
+    if (response_packet == nullptr) {
+        ORVIK_DBG_IN(function, "Unable to allocate memory for DCI rsp pkt, errno: %d", errno);
+    } else if (err = diag_register_dci_client(&client_id, &peripherals, channel, &client_signal);
+               err != DIAG_DCI_NO_ERROR) {
         ORVIK_DBG_IN(function, "Could not register with DCI, err: %d, errno: %d ch:%d", err, errno,
                      channel);
-        dci_deinit(reply);
-        return 1;
+    } else {
+        ORVIK_DBG_IN(function, "Successfully registered with DCI for ch:%d, client ID = %d",
+                     channel, client_id);
+        result = send_dci_request(
+            function, reply != nullptr ? with_result_listeners : without_result_listeners,
+            client_id, peripherals, data, data_len, static_cast<uint8_t*>(response_packet.get()));
+        if (result == 0 && reply != nullptr)
+            result = await_dci_reply(function, *reply);
+        else if (result == 0)
+            pause_us(g_orvik_diag_pauses.dci_worker);
     }
-    ORVIK_DBG_IN(function, "Successfully registered with DCI for ch:%d, client ID = %d", channel,
-                 client_id);
-    int result = send_dci_request(
-        function, reply != nullptr ? with_result_listeners : without_result_listeners, client_id,
-        peripherals, data, data_len, static_cast<uint8_t*>(response_packet.get()));
-    if (result == 0 && reply != nullptr)
-        result = await_dci_reply(function, *reply);
-    else if (result == 0)
-        pause_us(g_orvik_diag_pauses.dci_worker);
-    dci_deinit(reply);
-    err = diag_release_dci_client(&client_id);
-    ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, errno);
+    if (reply != nullptr)
+        orvik_diag_deinit_with_result();
+    else
+        Diag_LSM_DeInit();
+    if (err == DIAG_DCI_NO_ERROR) {
+        err = diag_release_dci_client(&client_id);
+        ORVIK_DBG_IN(function, "Releasing DCI connection, err: %d, errno: %d", err, errno);
+    }
     return result;
 }
 

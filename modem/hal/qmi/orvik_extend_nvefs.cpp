@@ -105,19 +105,18 @@ int32_t orvik_qmi_result_map(int32_t result) {
 namespace {
 
 int32_t check_sub(const char* function, uint32_t sub_id) {
-    if (sub_id < subscriptions)
-        return 0;
-    ORVIK_DBG_IN(function, "sub invalid");
-    return ORVIK_NVEFS_SUB_INVALID;
+    return sub_id < subscriptions
+               ? 0
+               : ORVIK_FAILED_IN(function, ORVIK_NVEFS_SUB_INVALID, "sub invalid");
 }
 
 int32_t check_item(const char* function, uint32_t sub_id, uint32_t nv_id) {
     if (const int32_t failed = check_sub(function, sub_id))
         return failed;
-    if (nv_id <= ORVIK_NV_ID_MAX)
-        return 0;
-    ORVIK_DBG_IN(function, "nv_id is out range(%d)", ORVIK_NV_ID_MAX);
-    return ORVIK_NVEFS_NV_ID_INVALID;
+    if (nv_id > ORVIK_NV_ID_MAX)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_NV_ID_INVALID, "nv_id is out range(%d)",
+                               ORVIK_NV_ID_MAX);
+    return 0;
 }
 
 int32_t check_file(const char* function, uint32_t sub_id, const char* efs_path, uint32_t path_len,
@@ -126,17 +125,13 @@ int32_t check_file(const char* function, uint32_t sub_id, const char* efs_path, 
         return failed;
     if (efs_path == nullptr)
         return ORVIK_FAILED_IN(function, ORVIK_NVEFS_PATH_NULL, "efs_path is null");
-    if (path_len >= 1 && path_len <= path_max)
-        return 0;
-    ORVIK_DBG_IN(function, "len invalid");
-    return ORVIK_NVEFS_PATH_LEN_INVALID;
+    if (path_len < 1 || path_len > path_max)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_PATH_LEN_INVALID, "len invalid");
+    return 0;
 }
 
 int32_t check_buf(const char* function, const void* buf) {
-    if (buf != nullptr)
-        return 0;
-    ORVIK_DBG_IN(function, "buf is null");
-    return ORVIK_NVEFS_BUF_NULL;
+    return buf != nullptr ? 0 : ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_NULL, "buf is null");
 }
 
 int32_t check_read_buf(const char* function, const void* buf, const uint32_t* buf_len) {
@@ -145,19 +140,17 @@ int32_t check_read_buf(const char* function, const void* buf, const uint32_t* bu
     if (buf_len == nullptr)
         return ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_LEN_INVALID, "p_buf_len is null");
     ORVIK_DBG_IN(function, "buf_len: %d", *buf_len);
-    if (*buf_len > 0)
-        return 0;
-    ORVIK_DBG_IN(function, "buf_len is invalid");
-    return ORVIK_NVEFS_BUF_LEN_INVALID;
+    if (*buf_len == 0)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_LEN_INVALID, "buf_len is invalid");
+    return 0;
 }
 
 int32_t check_write_buf(const char* function, const void* buf, uint32_t len, uint32_t max) {
     if (const int32_t failed = check_buf(function, buf))
         return failed;
-    if (len >= 1 && len <= max)
-        return 0;
-    ORVIK_DBG_IN(function, "buf_len is invalid");
-    return ORVIK_NVEFS_BUF_LEN_INVALID;
+    if (len < 1 || len > max)
+        return ORVIK_FAILED_IN(function, ORVIK_NVEFS_BUF_LEN_INVALID, "buf_len is invalid");
+    return 0;
 }
 
 /* An NV exchange: the failure of the send, else the service's result. */
