@@ -21,6 +21,9 @@ MessageType message_type(int64_t number) {
                          : MessageType::indication;
 }
 
+/* Of two that are not negative; a tape may tell any. */
+int64_t sum(int64_t a, int64_t b) { return a > INT64_MAX - b ? INT64_MAX : a + b; }
+
 bool starts_with(std::string_view text, std::string_view with) {
     return text.substr(0, with.size()) == with;
 }
@@ -63,7 +66,7 @@ void TapeCrossings::begin(CrossingKind kind, Direction direction) {
 void TapeCrossings::emit(bool good) {
     if (!good)
         crossing_.flags |= crossing_failed;
-    crossing_.time_us = began_us_ + crossing_.at_us;
+    crossing_.time_us = sum(began_us_, crossing_.at_us);
     crossed(crossing_);
 }
 
@@ -103,7 +106,7 @@ void TapeCrossings::head(const Run& run) {
     std::string& out = crossing_.bytes;
     out = "run " + std::to_string(crossing_.run) + ": kvt " + command_text(run.args);
     const auto when = static_cast<time_t>(event_.time);
-    began_us_ = event_.time < INT64_MAX / 2000000 ? event_.time * 1000000 : 0;
+    began_us_ = event_.time < INT64_MAX / 1000000 ? event_.time * 1000000 : 0;
     struct tm local = {};
     char text[40] = "";
     if (::localtime_r(&when, &local) != nullptr)
@@ -137,7 +140,7 @@ void TapeCrossings::send_message() {
     emit(true);
     crossing_.direction = Direction::from_phone;
     crossing_.type = MessageType::response;
-    crossing_.at_us += event_.took_us;
+    crossing_.at_us = sum(crossing_.at_us, event_.took_us);
     crossing_.result = event_.result;
     crossing_.bytes.clear();
     if (event_.result == 0)
