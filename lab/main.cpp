@@ -239,7 +239,7 @@ constexpr Verb verbs[] = {
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
-    {"pcap", "the same as a capture, for Wireshark", read_pcap},
+    {"pcap", "what crossed as a capture, for Wireshark", read_pcap},
     {"phone", "set up and look at the simulated phone", read_phone},
     {"twin", "make a simulated phone from a tape", read_twin},
     {"redact", "take what is private out of a tape", read_redact},

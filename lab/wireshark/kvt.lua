@@ -1,4 +1,4 @@
-
+-- SPDX-License-Identifier: Apache-2.0
 -- What crossed between kvt and the phone, from captures of `kvt-lab pcap`. Every value goes two ways
 -- at once: into the tree, and into the line that `kvt-lab show` prints too. The table `names` stands
 -- before this.

@@ -3,7 +3,10 @@
 #include "verbs.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include <pcap/pcap.h>
@@ -66,16 +69,20 @@ class Capture {
     bool finish() {
         const bool written =
             ::pcap_dump_flush(file_) == 0 && std::ferror(::pcap_dump_file(file_)) == 0;
+        reason_ = std::strerror(errno);
         ::pcap_dump_close(file_);
         file_ = nullptr;
-        done_ = written && std::rename(aside_.c_str(), path_.c_str()) == 0;
+        if (!written)
+            return false;
+        done_ = std::rename(aside_.c_str(), path_.c_str()) == 0;
+        reason_ = std::strerror(errno);
         return done_;
     }
 
-    /* What went wrong last. */
+    /* Why it is not good, or not finished. */
     std::string trouble() const {
-        const std::string why = file_ == nullptr && !done_ ? ::pcap_geterr(pcap_.get()) : "";
-        return path_ + " can't be written" + (why.empty() ? "" : ": " + why);
+        return path_ +
+               " can't be written: " + (reason_.empty() ? ::pcap_geterr(pcap_.get()) : reason_);
     }
 
   private:
@@ -84,7 +91,7 @@ class Capture {
             packet_[head_rows[field].at + i] = static_cast<char>(value >> (8 * i));
     }
 
-    std::string path_, aside_, packet_;
+    std::string path_, aside_, packet_, reason_;
     std::unique_ptr<pcap_t, void (*)(pcap_t*)> pcap_;
     pcap_dumper_t* file_;
     bool done_ = false;
@@ -124,8 +131,11 @@ int pcap(const Common&, const PcapOptions& options) {
     Tape tape;
     if (!read_file(options.in, text, error))
         return fail(error);
+    std::error_code ignored;
+    if (std::filesystem::equivalent(options.in, options.out, ignored))
+        return fail(options.out + " is what the capture is to be made of");
     const bool log = is_log(text);
-    if (!log && !tape.read(std::move(text), error))
+    if (!log && !tape.read(text, error))
         return fail(options.in + ": " + error);
     Capture capture(options.out);
     if (!capture.good())

@@ -73,6 +73,7 @@ std::vector<std::string> shell_environment(const std::string& redirect, int chan
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> all;
+    all.reserve(texts.size() + 1);
     for (std::string& text : texts)
         all.push_back(text.data());
     all.push_back(nullptr);

@@ -144,7 +144,7 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
 Bytes reply_bytes(const Fault& fault) {
     std::string digits = fault.argument;
     std::erase(digits, ' ');
-    const Bytes bytes = from_hex(digits);
+    Bytes bytes = from_hex(digits);
     if (bytes.size() * 2 != digits.size())
         complain(file, fault.line,
                  "'" + fault.argument + "' is not hexadecimal throughout: two digits a byte");
