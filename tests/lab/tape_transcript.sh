@@ -8,8 +8,8 @@
 # BUILD is the build's folder, TEST a test of transcript_test; ARM64 the build that is recorded and
 # replayed instead, under emulation. The tape is left in BUILD/Testing/tapes for those who compare
 # what is read from it; --record does nothing more.
-build=$1 test=$2 arm64=$3 only=
-[ "$arm64" = --record ] && arm64= only=1
+build=$1 test=$2 arm64=$3 only=''
+[ "$arm64" = --record ] && arm64='' only=1
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 export KVT_TEST_TAPE="$work/tape" KVT_TEST_BUILD="$build" KVT_TEST_ARM64="$arm64"
