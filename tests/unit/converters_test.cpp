@@ -10,6 +10,7 @@ namespace {
 
 TEST(Converters, DecimalOrHexadecimalByPrefix) {
     EXPECT_EQ(orvik_string_to_int("0X1f"), 31);
+    EXPECT_EQ(orvik_string_to_int("0xABCDEF"), 0xABCDEF);
     EXPECT_EQ(orvik_string_to_int("0x"), 0);
     EXPECT_EQ(orvik_string_to_int("0x1g"), 16);
     EXPECT_EQ(orvik_string_to_int(" -5z"), -5);

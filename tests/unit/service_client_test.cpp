@@ -444,6 +444,7 @@ TEST_F(ServiceClientTest, RandomRestarts) {
     std::thread requests([&done] {
         while (!done) {
             set_feature();
+            vs_client_set_operational_status_callback(ClientStatuses::record); /* the same */
             std::this_thread::sleep_for(std::chrono::microseconds(300));
         }
     });

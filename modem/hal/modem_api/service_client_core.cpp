@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /* Connecting, suspending, resuming and releasing: all that a client does in turns. */
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <iterator>
 #include <utility>
 
 #include "service_client_core.h"
@@ -37,16 +35,16 @@ void report(service_client& c, int32_t status) {
         run_client_handler(c, [&] { cb(static_cast<int32_t>(c.traits.kind), status); });
 }
 
-/* Takes the handle out of the context and releases it once nobody uses it. The client handle and
- * the notifier never exist at the same time, so what is due belongs to the one that goes. */
+/* Takes the handle out of the context and releases it once the client has no user. The client handle
+ * and the notifier never exist at the same time, so what is due belongs to the one that goes. */
 void drop_handle(service_client& c, qmi_client_type service_client_context::*which) {
     lock_type lock(c.mutex);
     const qmi_client_type handle = std::exchange(c.context.*which, nullptr);
+    c.changed.wait(lock, [&] { return c.users == 0; });
     if (handle == nullptr)
         return;
     c.due = service_client::nothing;
     c.context.connected = 0;
-    c.changed.wait(lock, [&] { return c.users == 0; });
     lock.unlock();
     qmi_client_release(handle);
 }
@@ -90,18 +88,16 @@ bool connect(service_client& c) {
     {
         const lock_type lock(c.mutex);
         c.making_handle = false;
-        if (connected)
+        if (connected) {
             c.context.client_handle = c.last_client_handle = handle;
+            c.context.connected = 1;
+        }
     }
     CLIENT_LOG(c, name, "qmi_client_init_instance returned (%d)", error);
     if (!connected) {
         CLIENT_LOG(c, name, "qmi_client_init_instance returned failure(%d)", error);
     } else {
         qmi_client_register_error_cb(handle, c.traits.service_down_event, nullptr);
-        {
-            const lock_type lock(c.mutex);
-            c.context.connected = 1;
-        }
         if (c.traits.after_connect != nullptr)
             c.traits.after_connect();
     }
@@ -131,32 +127,6 @@ void resume(service_client& c) {
     report(c, connected ? CLIENT_CONNECTED : CLIENT_RESUME_FAILED);
 }
 
-void finish_what_is_due(service_client& c) {
-    service_client::due_type due = service_client::nothing;
-    {
-        const lock_type lock(c.mutex);
-        due = c.due;
-    }
-    if (due == service_client::suspend)
-        suspend(c);
-    else if (due == service_client::resume)
-        resume(c);
-}
-
-/* What an event leads to. If the worker can't be started, the handle stays: a notifier may report
- * the service once more. */
-struct event_row {
-    service_client::due_type event;
-    service_client::due_type due;
-    int32_t status;
-    int32_t status_without_worker;
-};
-
-constexpr event_row event_rows[] = {
-    {service_client::down, service_client::suspend, CLIENT_SUSPENDING, CLIENT_RELEASED},
-    {service_client::up, service_client::resume, CLIENT_RESUMING, CLIENT_RESUME_FAILED},
-};
-
 void* run_worker(void* client) {
     service_client_work(*static_cast<service_client*>(client));
     return nullptr;
@@ -174,16 +144,19 @@ bool start_worker(service_client& c) {
     return started;
 }
 
-/* The worker that is started here waits for the end of this turn. */
-void act_on_event(service_client& c, const event_row& row) {
-    report(c, row.status);
+/* What an event leads to; it is down or up. The worker that is started here waits for the end of
+ * this turn. If it can't be started, the handle stays: a notifier may report the service once more.
+ */
+void act_on_event(service_client& c, service_client::due_type event) {
+    const bool down = event == service_client::down;
+    report(c, down ? CLIENT_SUSPENDING : CLIENT_RESUMING);
     if (start_worker(c))
         return;
     {
         const lock_type lock(c.mutex);
         c.due = service_client::nothing;
     }
-    report(c, row.status_without_worker);
+    report(c, down ? CLIENT_RELEASED : CLIENT_RESUME_FAILED);
 }
 
 /* ==== turns ==== */
@@ -191,16 +164,12 @@ void act_on_event(service_client& c, const event_row& row) {
 /* Called after an event was noted and at the end of each turn. During somebody's turn it does
  * nothing, since the end of that turn calls it again: no event is lost and no callback waits. */
 void act_on_events(service_client& c, lock_type& lock) {
-    while (!c.in_turn) {
-        const event_row* const row =
-            std::find_if(std::begin(event_rows), std::end(event_rows),
-                         [&](const event_row& its) { return its.event == c.due; });
-        if (row == std::end(event_rows))
-            return;
+    while (!c.in_turn && (c.due == service_client::down || c.due == service_client::up)) {
+        const service_client::due_type event = c.due;
+        c.due = event == service_client::down ? service_client::suspend : service_client::resume;
         c.in_turn = true;
-        c.due = row->due;
         lock.unlock();
-        act_on_event(c, *row);
+        act_on_event(c, event);
         lock.lock();
         c.in_turn = false;
         c.changed.notify_all();
@@ -212,12 +181,15 @@ void act_on_events(service_client& c, lock_type& lock) {
 class turn {
   public:
     explicit turn(service_client& c) : c_(c) {
-        {
-            lock_type lock(c.mutex);
-            c.changed.wait(lock, [&] { return !c.in_turn; });
-            c.in_turn = true;
-        }
-        finish_what_is_due(c);
+        lock_type lock(c.mutex);
+        c.changed.wait(lock, [&] { return !c.in_turn; });
+        c.in_turn = true;
+        const service_client::due_type due = c.due;
+        lock.unlock();
+        if (due == service_client::suspend)
+            suspend(c);
+        else if (due == service_client::resume)
+            resume(c);
     }
     ~turn() {
         lock_type lock(c_.mutex);
@@ -246,7 +218,6 @@ qmi_idl_service_object_type end_client(service_client& c, bool anew) {
     drop_handles(c);
     lock_type lock(c.mutex);
     --c.ending;
-    c.changed.wait(lock, [&] { return c.users == 0; });
     c.context = {}; /* only now: the OS parameters must outlive both handles */
     if (anew) {
         c.context.command_callback = c.traits.command_cb;
