@@ -17,6 +17,9 @@ endif()
 if(TARGET kvt-lab)
   install(TARGETS kvt-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(TARGETS kvt_record kvt_replay LIBRARY DESTINATION ${KVT_LIB_DIR})
+  # Where Wireshark looks for plugins of every version; one of another prefix looks in its own.
+  install(FILES ${DISSECTOR}
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/wireshark/plugins)
   install(DIRECTORY lab/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/kvt)
   install(DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/kvt-replay DESTINATION ${KVT_LIB_DIR})
 endif()

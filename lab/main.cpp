@@ -181,6 +181,13 @@ void read_show(CLI::App& app, const Common& common, std::function<int()>& chosen
     chosen = [&] { return show(common, options); };
 }
 
+void read_pcap(CLI::App& app, const Common& common, std::function<int()>& chosen) {
+    PcapOptions& options = kept<PcapOptions>();
+    app.add_option("FILE", options.in, "a tape, or a simulated phone's log")->required();
+    app.add_option("OUT", options.out, "the capture to write")->required();
+    chosen = [&] { return pcap(common, options); };
+}
+
 /* One more level: an action, and what it takes. */
 void read_phone(CLI::App& app, const Common&, std::function<int()>& chosen) {
     workbench::Options& options = kept<workbench::Options>();
@@ -232,6 +239,7 @@ constexpr Verb verbs[] = {
     {"record", "run kvt and add what crossed to a tape", read_record},
     {"replay", "run kvt on a tape's answers, without a phone", read_replay},
     {"show", "what crossed in a tape or a phone's log", read_show},
+    {"pcap", "what crossed as a capture, for Wireshark", read_pcap},
     {"phone", "set up and look at the simulated phone", read_phone},
     {"twin", "make a simulated phone from a tape", read_twin},
     {"redact", "take what is private out of a tape", read_redact},

@@ -103,6 +103,12 @@ struct ShowOptions {
 };
 int show(const Common& common, const ShowOptions& options);
 
+/* kvt-lab pcap IN OUT: the same as a capture; 1 when not all of it could be read. */
+struct PcapOptions {
+    std::string in, out;
+};
+int pcap(const Common& common, const PcapOptions& options);
+
 /* kvt-lab twin TAPE DIRECTORY: a simulated phone from what the tape tells. */
 struct TwinOptions {
     std::string tape;

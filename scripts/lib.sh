@@ -51,6 +51,7 @@ nlohmann-json3-dev json-devel nlohmann-json
 libtomlplusplus-dev tomlplusplus-devel tomlplusplus
 libpugixml-dev pugixml-devel pugixml
 libpcap-dev libpcap-devel libpcap
+tshark wireshark-cli wireshark-cli
 libsimdjson-dev simdjson-devel simdjson
 libgtest-dev gtest-devel gtest
 libgmock-dev gmock-devel gtest

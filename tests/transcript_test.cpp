@@ -76,8 +76,9 @@ class TranscriptTest : public testing::Test {
         script("kvt_without_mutex", "LD_LIBRARY_PATH='" KVT_NO_MUTEX "' exec kvt \"$@\"");
         script("kvt_fake", "exec sh \"$KVT_PHONE/fake\" \"$@\"");
         script("kvt-lab", "exec '" KVT_LAB_PROGRAM "' --kvt \"${KVT:-$(command -v kvt)}\" \"$@\"");
-        prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_PHONE='" + phone().string() +
-                  "' PATH='" + (dir_ / "bin").string() +
+        prefix_ = "export KVT_TESTS='" KVT_SOURCE_DIR "/tests' KVT_LIBRARIES='" KVT_AT_FOLDER
+                  "' KVT_PHONE='" +
+                  phone().string() + "' PATH='" + (dir_ / "bin").string() +
                   "':'" KVT_SOURCE_DIR "/docs/recipes':\"$PATH\" ";
         /* Reports of a sanitizer, also of commands in a pipeline, are found in TearDown. */
         const std::string report = "log_path=" + (dir_ / "report").string();

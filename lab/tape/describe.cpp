@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "describe_records.h"
+
 namespace lab::tape {
 
 namespace {
@@ -56,139 +58,12 @@ void describe_transport(std::string& out, int64_t result) {
     append_named(out, names::transport_results, result);
 }
 
-/* ---- the vendor service's records ---- */
-
-namespace {
-
 void separate(std::string& out) {
     if (!out.empty() && out.back() != ' ')
         out += ", ";
 }
 
-void nvefs_request(std::string& out, std::string_view data, Exchange& exchange) {
-    using namespace names::nvefs_request;
-    exchange.operation = static_cast<uint8_t>(little_endian(data, operation, 1));
-    const char* const name = names::name_of(names::nvefs_operations, exchange.operation);
-    out += name != nullptr ? name : "unknown operation";
-    out += ", subscription ";
-    append_number(out, static_cast<int64_t>(little_endian(data, subscription, 1)));
-    const bool efs = exchange.operation >= names::efs_read;
-    if (efs) {
-        out += ", ";
-        out += part(data, path, std::min<uint64_t>(little_endian(data, path_length, 1), path_most));
-    } else {
-        out += ", item ";
-        append_number(out, static_cast<int64_t>(little_endian(data, item, 2)));
-    }
-    const uint64_t all = little_endian(data, whole, 4);
-    if (exchange.operation == names::nv_write) {
-        out += ": ";
-        describe_bytes(out, part(data, names::nvefs_request::data, all));
-    } else if (exchange.operation == names::efs_read) {
-        out += ", offset ";
-        append_number(out, static_cast<int64_t>(little_endian(data, offset, 4)));
-    } else if (exchange.operation == names::efs_write) {
-        const uint64_t length = little_endian(data, chunk, 4);
-        out += ", ";
-        append_number(out, static_cast<int64_t>(length));
-        out += " of ";
-        append_number(out, static_cast<int64_t>(all));
-        out += " bytes, offset ";
-        append_number(out, static_cast<int64_t>(little_endian(data, offset, 4)));
-        out += ", instance ";
-        append_number(out, static_cast<int64_t>(little_endian(data, item, 2)));
-        out += ": ";
-        describe_bytes(out, part(data, names::nvefs_request::data, length));
-    }
-}
-
-bool nvefs_response(std::string& out, std::string_view data, const Exchange& exchange) {
-    using namespace names::nvefs_response;
-    const auto code = static_cast<int32_t>(little_endian(data, result, 4));
-    const char* const name = names::name_of(names::nvefs_operations, exchange.operation);
-    out += name != nullptr ? name : "NV or EFS";
-    out += ": result ";
-    append_number(out, code);
-    const uint64_t length = little_endian(data, chunk, 4);
-    if (length > 0) {
-        out += ", ";
-        append_number(out, static_cast<int64_t>(length));
-        out += " of ";
-        append_number(out, static_cast<int64_t>(little_endian(data, whole, 4)));
-        out += " bytes: ";
-        describe_bytes(out, part(data, names::nvefs_response::data, length));
-    }
-    return exchange.operation == names::efs_write ? code >= 0 : code == 0;
-}
-
-bool common(std::string& out, std::string_view data, bool request) {
-    using namespace names::common_record;
-    const auto what = static_cast<int64_t>(little_endian(data, kind, 4));
-    append_named(out, names::common_kinds, what);
-    int32_t code = 0;
-    if (!request) {
-        code = static_cast<int32_t>(little_endian(data, result, 4));
-        out += ", result ";
-        append_number(out, code);
-    }
-    out += ": ";
-    if (what == names::record_typed) {
-        append_named(out, names::typed_commands,
-                     static_cast<int64_t>(little_endian(data, type, 4)));
-        const uint64_t size = little_endian(data, length, 4);
-        if (size > 0) {
-            out += ", ";
-            describe_bytes(out, part(data, payload, size));
-        }
-    } else {
-        std::string_view rest = part(data, names::common_record::data, data.size());
-        while (!rest.empty() && rest.back() == '\0')
-            rest.remove_suffix(1);
-        describe_bytes(out, rest);
-    }
-    return code >= 0;
-}
-
-bool vendor_record(std::string& out, std::string_view data, bool request, Exchange& exchange) {
-    switch (exchange.vendor_kind) {
-    case names::vendor_kind_nvefs:
-        if (!request)
-            return nvefs_response(out, data, exchange);
-        nvefs_request(out, data, exchange);
-        return true;
-    case names::vendor_kind_common:
-        return common(out, data, request);
-    default:
-        describe_bytes(out, data);
-        return true;
-    }
-}
-
-/* ---- APDUs ---- */
-
-void command_apdu(std::string& out, std::string_view apdu) {
-    if (apdu.size() >= 2) {
-        const char* const name =
-            names::name_of(names::apdu_instructions, static_cast<unsigned char>(apdu[1]));
-        out.append(name != nullptr ? name : "unknown instruction").append(1, ' ');
-    }
-    describe_bytes(out, apdu);
-}
-
-bool reply_apdu(std::string& out, std::string_view apdu) {
-    describe_bytes(out, apdu);
-    if (apdu.size() < 2)
-        return true;
-    const int word = static_cast<unsigned char>(apdu[apdu.size() - 2]) << 8 |
-                     static_cast<unsigned char>(apdu.back());
-    static constexpr char digits[] = "0123456789abcdef";
-    out += ", status word ";
-    for (int shift = 12; shift >= 0; shift -= 4)
-        out += digits[word >> shift & 15];
-    if (const char* const name = names::name_of(names::status_words, word))
-        out.append(" (").append(name).append(1, ')');
-    return word == 0x9000 || word >> 8 == 0x61 || word >> 8 == 0x91;
-}
+namespace {
 
 /* ---- QMI messages ---- */
 
@@ -283,6 +158,7 @@ class Describer {
         }
         name(tlv, field);
         append_named(out_, field.values, static_cast<int64_t>(value));
+        last_number_ = static_cast<int64_t>(value);
     }
 
     /* Two numbers, of which a person wants one word. */
@@ -300,11 +176,14 @@ class Describer {
     void put_bytes(const names::Tlv& tlv, const names::Field& field, std::string_view value) {
         name(tlv, field);
         if (service_.id == names::vendor_service)
-            good_ = vendor_record(out_, value, type_ == MessageType::request, exchange_) && good_;
+            good_ = describe_vendor_record(out_, value, type_ == MessageType::request, exchange_) &&
+                    good_;
+        else if (&field == std::data(names::vs_entry) + names::vs_entry_data)
+            describe_statistics(out_, last_number_, value);
         else if (&field == std::data(names::uim_apdu))
-            command_apdu(out_, value);
+            describe_command_apdu(out_, value);
         else if (&field == std::data(names::uim_reply))
-            good_ = reply_apdu(out_, value) && good_;
+            good_ = describe_reply_apdu(out_, value) && good_;
         else
             describe_bytes(out_, value);
     }
@@ -354,6 +233,7 @@ class Describer {
     const names::Service& service_;
     MessageType type_;
     Exchange& exchange_;
+    int64_t last_number_ = 0; /* the field before */
     bool good_ = true;
     bool first_ = true;
     bool named_ = false;
@@ -399,7 +279,7 @@ bool describe_diag(std::string& out, std::string_view packet) {
     append_named(out, names::diag_commands, command);
     out += ": ";
     describe_bytes(out, packet);
-    return command != names::diag_bad_command;
+    return !names::diag_refuses(static_cast<uint8_t>(command));
 }
 
 } // namespace lab::tape

@@ -11,10 +11,10 @@
 
 namespace lab::tape {
 
-enum class MessageType { request, response, indication };
+enum class MessageType : uint8_t { request, response, indication };
 
 /* As a message's TLVs on the wire, or as the record that the client sees. */
-enum class Layout { wire, memory };
+enum class Layout : uint8_t { wire, record };
 
 /* What an answer needs of its request: set by describing the request. */
 struct Exchange {
@@ -26,6 +26,7 @@ struct Exchange {
 bool describe_message(std::string& out, const names::Service* service, int64_t msg_id,
                       MessageType type, Layout layout, std::string_view bytes, Exchange& exchange);
 
+/* As an answer: false when the phone says no. */
 bool describe_diag(std::string& out, std::string_view packet);
 
 /* "time-out (-3)": a result of the client framework. */

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tape/log_page.h"
 
+#include <charconv>
+#include <ctime>
+
 #include "tape/clients.h"
 #include "tape/format.h"
 
@@ -8,23 +11,18 @@ namespace lab::tape {
 
 namespace {
 
-bool qmi(std::string& text, std::string_view line, char& direction, Exchange& exchange) {
-    const std::string_view service = take_word(line), which = take_word(line);
-    std::string message;
-    constexpr size_t header = 7;
-    if (!from_hex(line, message) || message.size() < header) {
-        text.append(service).append(" message that can't be read");
-        return false;
-    }
-    const MessageType type = which == "req"   ? MessageType::request
-                             : which == "rsp" ? MessageType::response
-                                              : MessageType::indication;
-    direction = type == MessageType::request ? '>' : '<';
-    if (type == MessageType::indication)
-        text = "indication ";
-    return describe_message(text, service_named(service),
-                            static_cast<int64_t>(little_endian(message, 3, 2)), type, Layout::wire,
-                            std::string_view(message).substr(header), exchange);
+/* Microseconds since 1970 of the log's local time; 0 when it is none. */
+int64_t time_of(const LogLine& line) {
+    const std::string text = std::string(line.date) + ' ' + std::string(line.time);
+    struct tm local {};
+    const char* const rest = ::strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &local);
+    if (rest == nullptr)
+        return 0;
+    local.tm_isdst = -1;
+    int milliseconds = 0;
+    if (*rest == '.')
+        std::from_chars(rest + 1, text.c_str() + text.size(), milliseconds);
+    return static_cast<int64_t>(::mktime(&local)) * 1000000 + int64_t{milliseconds} * 1000;
 }
 
 } // namespace
@@ -50,27 +48,78 @@ bool is_log(std::string_view text) {
            line[13] == ':';
 }
 
+void LogCrossings::message(std::string_view text, Crossing& crossing) {
+    const std::string_view service = take_word(text), which = take_word(text);
+    constexpr size_t header = 7;
+    if (!from_hex(text, crossing.bytes) || crossing.bytes.size() < header) {
+        crossing.bytes.assign(service).append(" message that can't be read");
+        crossing.flags = crossing_failed;
+        return;
+    }
+    crossing.kind = CrossingKind::message;
+    crossing.type = which == "req"   ? MessageType::request
+                    : which == "rsp" ? MessageType::response
+                                     : MessageType::indication;
+    crossing.direction = which == "req" ? Direction::to_phone : Direction::from_phone;
+    crossing.service = service_named(service);
+    crossing.layout = Layout::wire;
+    crossing.message = static_cast<int64_t>(little_endian(crossing.bytes, 3, 2));
+    const uint64_t transaction = little_endian(crossing.bytes, 1, 2);
+    crossing.bytes.erase(0, header);
+    if (crossing.type == MessageType::indication)
+        return;
+    const std::string key = std::to_string(crossing.run) + ' ' + std::string(service) + ' ' +
+                            std::to_string(transaction);
+    if (crossing.type == MessageType::request) {
+        crossing.exchange = ++exchanges_;
+        asked_[key] = crossing.exchange;
+    } else if (const auto asked = asked_.find(key); asked != asked_.end()) {
+        crossing.exchange = asked->second;
+        asked_.erase(asked);
+    }
+}
+
+void LogCrossings::packet(std::string_view text, Crossing& crossing) {
+    const std::string_view which = take_word(text);
+    crossing.direction = which == "tx" ? Direction::to_phone : Direction::from_phone;
+    if (!from_hex(text, crossing.bytes)) {
+        crossing.bytes = "diag packet that can't be read";
+        crossing.flags = crossing_failed;
+        return;
+    }
+    crossing.kind = CrossingKind::diag;
+    DiagLinks& links = diag_[crossing.run];
+    if (which == "tx") {
+        crossing.exchange = ++exchanges_;
+        links.sent(crossing.bytes, crossing.exchange);
+    } else if (which == "lost") {
+        crossing.flags = crossing_late | crossing_failed;
+    } else {
+        crossing.exchange = links.answered(crossing.bytes, false);
+    }
+}
+
+void LogCrossings::read(const LogLine& line, Crossing& crossing) {
+    crossing = {};
+    crossing.time_us = time_of(line);
+    std::from_chars(line.process.data(), line.process.data() + line.process.size(), crossing.run);
+    if (line.kind == "qmi")
+        return message(line.text, crossing);
+    if (line.kind == "diag")
+        return packet(line.text, crossing);
+    crossing.flags = line.kind == "fault" ? crossing_failed : 0;
+    crossing.bytes.assign(line.kind).append(1, ' ').append(line.text);
+}
+
 bool LogPage::show(std::string_view line, std::string& out) {
     LogLine parts;
     if (!read_log_line(line, parts))
         return false;
-    std::string text;
-    char direction = ' ';
-    bool good = parts.kind != "fault";
-    if (parts.kind == "qmi") {
-        good = qmi(text, parts.text, direction, exchanges_[std::string(parts.process)]);
-    } else if (parts.kind == "diag") {
-        std::string_view rest = parts.text;
-        const std::string_view which = take_word(rest);
-        direction = which == "tx" ? '>' : '<';
-        std::string packet;
-        text = which == "lost" ? "diag, came too late: " : "diag ";
-        good = from_hex(rest, packet) && describe_diag(text, packet) && which != "lost";
-    } else {
-        text.append(parts.kind).append(1, ' ').append(parts.text);
-    }
-    out.append(parts.time).append(1, ' ').append(parts.process).append(1, ' ').append(1, direction);
-    out.append(good ? " " : " FAILED: ").append(text);
+    log_.read(parts, crossing_);
+    words_.clear();
+    const bool good = teller_.tell(words_, crossing_);
+    out.append(parts.time).append(1, ' ').append(parts.process).append(1, ' ');
+    append_told(out, crossing_.direction, good, words_);
     return true;
 }
 

@@ -10,12 +10,11 @@
 
 #include <fnmatch.h>
 
-#include "phone_files.h"
+#include "phone_lines.h"
 #include "workbench/directory.h"
 #include "workbench/identity.h"
 #include "workbench/levels.h"
 #include "workbench/named_settings.h"
-#include "workbench/rules.h"
 
 namespace lab::workbench {
 
@@ -61,6 +60,10 @@ class Complaints {
                     line > 0 ? (std::to_string(line) + ":").c_str() : "", message.c_str());
         any_ = true;
     }
+    void add(const std::string& file, const phone_files::Complaints& complaints) {
+        for (const phone_files::Complaint& complaint : complaints)
+            add(file, complaint.line, complaint.text);
+    }
     bool any() const { return any_; }
 
   private:
@@ -82,11 +85,37 @@ void check_lines(const std::string& name, Complaints& complaints, Check check) {
     }
 }
 
+/* A file as one of the phone's readers of it finds it. */
+template <typename Value>
+void check_read(const std::string& file, Complaints& complaints,
+                Value (*read)(const std::string&, phone_files::Complaints&)) {
+    const std::optional<std::string> text = setting_text(file);
+    if (!text)
+        return;
+    phone_files::Complaints wrong;
+    read(*text, wrong);
+    complaints.add(file, wrong);
+}
+
+void check_lists(Complaints& complaints) {
+    check_read("faults", complaints, phone_files::read_rules);
+    check_read("at/commands", complaints, phone_files::read_at_rows);
+    for (const std::string slot : {"sim/1", "sim/2"}) {
+        check_read(slot + ".power", complaints, phone_files::read_power);
+        check_read(slot + ".detect", complaints, phone_files::read_detect);
+    }
+    check_read("sim/hotswap", complaints, phone_files::read_hotswap);
+    check_read("euicc/profiles", complaints, phone_files::read_profiles);
+    check_read("euicc/channels", complaints, phone_files::read_channels);
+}
+
 void check_values(Complaints& complaints) {
     for (const phone_files::Setting& row : phone_files::settings)
-        if (const auto text = setting_text(row.file))
-            if (const std::string wrong = wrong_with_setting(row, *text); !wrong.empty())
-                complaints.add(row.file, 1, wrong);
+        if (const auto text = setting_text(row.file)) {
+            phone_files::Complaints wrong;
+            phone_files::value_of(row, *text, wrong);
+            complaints.add(row.file, wrong);
+        }
     if (const auto text = setting_text("services"); text && !text->empty())
         if (const std::string wrong = wrong_with_services(*text); !wrong.empty())
             complaints.add("services", 1, wrong);
@@ -136,7 +165,7 @@ int check_phone(const Options& options) {
         return refuse("there is no phone " + phone_directory().string());
     Complaints complaints;
     check_values(complaints);
-    check_lines("faults", complaints, wrong_with_rule);
+    check_lists(complaints);
     for (const vs_records::Record& record : vs_records::items)
         for (int sub = 0; sub < 2; ++sub)
             check_lines("stats/" + std::to_string(sub) + "." + std::to_string(record.id) + ".txt",

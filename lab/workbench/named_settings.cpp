@@ -9,11 +9,10 @@
 #include <fnmatch.h>
 
 #include "names.h"
-#include "phone_files.h"
+#include "phone_text.h"
 #include "workbench/directory.h"
 #include "workbench/identity.h"
 #include "workbench/levels.h"
-#include "workbench/rules.h"
 
 namespace lab::workbench {
 
@@ -137,7 +136,7 @@ std::string setting_value(const Setting& row, std::vector<std::string> values) {
     for (std::string word; words >> word;)
         if (word == values[0])
             return word;
-    const std::optional<long long> number = whole_number(values[0]);
+    const std::optional<int64_t> number = phone_files::whole_number(values[0]);
     const auto within = [&](long long least, long long most) {
         return number && *number >= least && *number <= most;
     };
@@ -182,13 +181,6 @@ std::string name_of_file(const std::string& file) {
     std::string name = file;
     std::replace(name.begin(), name.end(), '/', '.');
     return name == "sim.2.kind" ? "sim2.kind" : name;
-}
-
-std::string wrong_with_setting(const Setting& row, const std::string& text) {
-    if (!setting_value(row, {text}).empty())
-        return "";
-    return "'" + text + "' can't be used (" + range_of(row) + (*row.unit == '\0' ? "" : " ") +
-           row.unit + "), taken for " + row.fallback;
 }
 
 std::string wrong_with_services(const std::string& text) {

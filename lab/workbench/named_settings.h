@@ -25,8 +25,7 @@ bool set_name(const std::string& name, const std::vector<std::string>& values, i
  * without patterns what people mostly look at. */
 std::vector<std::string> current_values(const std::vector<std::string>& patterns);
 
-/* What is wrong with a file's text, and what would be right; empty: nothing. */
-std::string wrong_with_setting(const phone_files::Setting& row, const std::string& text);
+/* What is wrong with the text of "services", and what would be right; empty: nothing. */
 std::string wrong_with_services(const std::string& text);
 
 /* People's name of a setting's file: "sim1" of "sim/1", "diag.silent" of "diag/silent". */

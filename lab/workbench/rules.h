@@ -2,16 +2,18 @@
 /* The rules in the phone's file "faults". */
 #pragma once
 
-#include <optional>
 #include <string>
+
+#include "phone_lines.h"
 
 namespace lab::workbench {
 
-/* What is wrong with a rule, and what would be right; empty: nothing, also of an empty line or a
+/* What is wrong with a rule, in the phone's words; empty: nothing, also of an empty line or a
  * comment. */
-std::string wrong_with_rule(const std::string& line);
-
-/* A whole number, decimal or hexadecimal behind 0x; nothing when it is none. */
-std::optional<long long> whole_number(const std::string& text);
+inline std::string wrong_with_rule(const std::string& line) {
+    phone_files::Complaints complaints;
+    phone_files::read_rules(line, complaints);
+    return complaints.empty() ? "" : complaints.front().text;
+}
 
 } // namespace lab::workbench

@@ -252,6 +252,7 @@ inline constexpr Field vs_entry[] = {
     number("id", 4, 4, NAMES_AT(vs_stats_entry_v01, id), statistics_items),
     bytes("data", 2, NAMES_AT(vs_stats_entry_v01, data), QMI_VS_MAX_DATA, NAMES_AT(vs_stats_entry_v01, data_len)),
 };
+inline constexpr size_t vs_entry_data = 2; /* the item's record, by the id before it */
 inline constexpr Field vs_ind_entry[] = {
     number("value", 4, 4, NAMES_AT(vs_ind_entry_v01, value)),
     bytes("data", 2, NAMES_AT(vs_ind_entry_v01, data), QMI_VS_MAX_DATA, NAMES_AT(vs_ind_entry_v01, data_len)),
@@ -346,6 +347,9 @@ inline constexpr Number transport_results[] = {
     {QMI_CLIENT_PARAM_ERR, "parameter"}, {QMI_CLIENT_INVALID_CLIENT, "invalid client"},
     {QMI_CLIENT_FW_NOT_UP, "framework not up"}, {QMI_CLIENT_INVALID_SIG, "invalid signal"},
     {QMI_XPORT_BUSY_ERR, "busy"},
+    /* and of its decoder */
+    {-40, "message ends early"}, {-41, "array too long"}, {-42, "unknown message"}, {-44, "TLV twice"},
+    {-45, "wrong length"}, {-46, "TLV missing"}, {-49, "unknown TLV"}, {-50, "text too long"},
 };
 
 /* ---- the vendor service's records (bytes of its data) ---- */
@@ -387,6 +391,7 @@ inline constexpr Number typed_commands[] = {
 /* ---- DIAG: the first byte of a packet ---- */
 
 inline constexpr uint8_t diag_bad_command = 0x13;
+inline constexpr uint8_t diag_refusals[] = {diag_bad_command, 0x14, 0x15, 0x18};
 inline constexpr Number diag_commands[] = {
     {0x00, "version"}, {0x0C, "status"}, {diag_bad_command, "bad command"}, {0x14, "bad parameters"},
     {0x15, "bad length"}, {0x18, "bad mode"}, {0x26, "NV read"}, {0x27, "NV write"}, {0x29, "mode change"},
@@ -416,6 +421,14 @@ constexpr const char* name_of(std::span<const Number> rows, int64_t value) {
         if (row.value == value)
             return row.name;
     return nullptr;
+}
+
+/* Whether a packet from the phone that begins with this byte says no. */
+constexpr bool diag_refuses(uint8_t command) {
+    for (const uint8_t refusal : diag_refusals)
+        if (refusal == command)
+            return true;
+    return false;
 }
 
 constexpr const Service* service_of(int64_t id) {

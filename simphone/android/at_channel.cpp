@@ -49,6 +49,12 @@ bool begins(const char* text, const std::string& with) {
     return std::strncmp(text, with.c_str(), with.size()) == 0;
 }
 
+/* An open file of ours, for other processes: a path without the blanks and colons that part the
+ * libraries that are preloaded. */
+std::string path_of(int fd) {
+    return "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(fd);
+}
+
 /* The environment of the shell: ours, with the redirect behind whatever else is preloaded. */
 std::vector<std::string> shell_environment(const std::string& redirect, int channel) {
     const std::string preload = "LD_PRELOAD=";
@@ -61,15 +67,13 @@ std::vector<std::string> shell_environment(const std::string& redirect, int chan
             settings.emplace_back(*setting);
     }
     settings.push_back(preloaded);
-    settings.push_back(AT_REDIRECT_VARIABLE "=" + (channel == no_channel
-                                                       ? ""
-                                                       : "/proc/" + std::to_string(::getpid()) +
-                                                             "/fd/" + std::to_string(channel)));
+    settings.push_back(AT_REDIRECT_VARIABLE "=" + (channel == no_channel ? "" : path_of(channel)));
     return settings;
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> all;
+    all.reserve(texts.size() + 1);
     for (std::string& text : texts)
         all.push_back(text.data());
     all.push_back(nullptr);
@@ -168,15 +172,16 @@ void answer_all(const std::string& bytes) {
 
 int run_with_channel(const char* command) {
     const std::optional<Fault> fault = platform_call("at_open", "smd8");
-    const std::string redirect = beside(AT_REDIRECT_LIBRARY);
-    if (::access(redirect.c_str(), R_OK) != 0) {
-        complain("at", 0, redirect + " is missing, so nothing can be sent");
+    const std::string library = beside(AT_REDIRECT_LIBRARY);
+    const Fd redirect(library, O_RDONLY);
+    if (!redirect.ok()) {
+        complain("at", 0, library + " is missing, so nothing can be sent");
         return -1;
     }
     const Fd channel(::memfd_create("at", MFD_CLOEXEC));
     const bool opens = channel.ok() && !fault && ensure_phone();
-    const int status =
-        run_shell(command, shell_environment(redirect, opens ? channel.get() : no_channel));
+    const int status = run_shell(
+        command, shell_environment(path_of(redirect.get()), opens ? channel.get() : no_channel));
     if (const std::string bytes = opens ? written_to(channel.get()) : ""; !bytes.empty())
         answer_all(bytes);
     return status;

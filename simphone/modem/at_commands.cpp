@@ -4,23 +4,21 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <optional>
-#include <sstream>
 #include <thread>
 #include <vector>
 
 #include <fnmatch.h>
 
 #include "modem/modem.h"
-#include "phone/complaint.h"
 #include "phone/faults.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
+#include "phone_lines.h"
 
 namespace simphone {
 
-namespace fs = std::filesystem;
+using phone_files::AtRow;
 
 namespace {
 
@@ -38,68 +36,11 @@ AT+CFUN\?   +CFUN: 1\nOK
 AT+CFUN=1,1 OK -> restart
 )";
 
-struct Row {
-    int line;
-    std::string pattern;
-    std::string answer;
-    std::vector<std::string> action;
-};
-
-/* A file that an action may name: below the phone, and none of the phone's own. */
-bool is_settable(const fs::path& name) {
-    return name.is_relative() && name.has_filename() && name.string()[0] != '.' && name != "log" &&
-           std::none_of(name.begin(), name.end(),
-                        [](const fs::path& part) { return part == ".."; });
-}
-
-bool is_action(const std::vector<std::string>& words) {
-    return words.empty() || (words.size() == 1 && words[0] == "restart") ||
-           (words.size() == 2 && words[0] == "remove" && is_settable(words[1])) ||
-           (words.size() >= 3 && words[0] == "write" && is_settable(words[1]));
-}
-
-std::string trimmed(const std::string& text) {
-    const size_t first = text.find_first_not_of(" \t\r");
-    return first == std::string::npos
-               ? ""
-               : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-std::optional<Row> read_row(const std::string& text, int line) {
-    Row row{line, "", "", {}};
-    std::istringstream in(text);
-    std::string rest;
-    if (text[0] == '#' || !(in >> row.pattern))
-        return std::nullopt;
-    std::getline(in, rest);
-    const size_t arrow = rest.rfind("->");
-    row.answer = trimmed(rest.substr(0, arrow));
-    if (arrow != std::string::npos)
-        for (const Word& word : words_of(rest.substr(arrow + 2)))
-            row.action.push_back(word.text);
-    if (row.answer.empty() && row.action.empty()) {
-        complain(file, line, "'" + text + "' has no answer: PATTERN ANSWER [-> ACTION]");
-        return std::nullopt;
-    }
-    if ((arrow != std::string::npos && row.action.empty()) || !is_action(row.action)) {
-        complain(file, line,
-                 "'" + trimmed(rest.substr(arrow)) +
-                     "' can't be done: -> restart, -> write FILE TEXT, -> remove FILE");
-        row.action.clear();
-    }
-    return row;
-}
-
-std::optional<Row> find_row(const std::string& command) {
-    std::optional<Row> found;
-    std::istringstream lines(setting_text(file, default_table));
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        std::optional<Row> row = read_row(line, ++number);
-        if (row && !found && ::fnmatch(row->pattern.c_str(), command.c_str(), FNM_CASEFOLD) == 0)
-            found = std::move(row);
-    }
-    return found;
+std::optional<AtRow> find_row(const std::string& command) {
+    for (AtRow& row : setting_read(file, default_table, phone_files::read_at_rows))
+        if (::fnmatch(row.pattern.c_str(), command.c_str(), FNM_CASEFOLD) == 0)
+            return std::move(row);
+    return std::nullopt;
 }
 
 /* False when the phone can't store it. */
@@ -141,7 +82,7 @@ std::string answer_at_command(const std::string& command) {
         return framed("ERROR");
     if (fault && fault->kind == Fault::Kind::late)
         std::this_thread::sleep_for(std::chrono::milliseconds(fault->late_ms()));
-    const std::optional<Row> row = find_row(command);
+    const std::optional<AtRow> row = find_row(command);
     const bool done = row && act(row->action);
     std::string answer = framed(done ? row->answer : "ERROR");
     if (fault && fault->kind == Fault::Kind::reply)

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <span>
-#include <sstream>
 #include <vector>
 
 #include "modem/modem.h"
@@ -12,6 +11,7 @@
 #include "phone/complaint.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
+#include "phone_lines.h"
 
 namespace simphone {
 
@@ -54,17 +54,11 @@ Bytes stored_eid() {
 /* ---- channels ---- */
 
 std::vector<uint8_t> open_channels() {
-    static const std::string file = "euicc/channels";
-    const std::vector<Word> words = setting_words(file, "");
-    if (words.size() % 2 != 0)
-        complain(file, words.back().line, "a channel without the restarts when it was opened");
     std::vector<uint8_t> channels;
-    for (size_t i = 0; i + 1 < words.size(); i += 2) {
-        const int64_t channel = number_within(file, words[i], {1, 19}, 0);
-        if (channel != 0 &&
-            number_within(file, words[i + 1], {0, UINT32_MAX}, 0) == restart_count())
+    for (const auto& [channel, restarts] :
+         setting_read("euicc/channels", "", phone_files::read_channels))
+        if (restarts == restart_count())
             channels.push_back(static_cast<uint8_t>(channel));
-    }
     return channels;
 }
 
@@ -101,25 +95,14 @@ Bytes memory_reset(ByteView value) {
     if (value.size() != 4 || value[0] != 0x82 || value[1] != 2 || value[2] > 7)
         return reply({}, sw_wrong_data);
     const uint8_t options = value[3];
-    std::istringstream lines(setting_text("euicc/profiles", default_profiles));
     std::string kept;
     uint8_t result = reset_result_nothing;
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        std::string iccid, kind;
-        ++number;
-        if (!(words >> iccid))
-            continue;
-        words >> kind;
-        if (kind != "test" && kind != "operational")
-            complain("euicc/profiles", number,
-                     "'" + kind + "' is neither operational nor test, taken for operational");
-        if ((options & (kind == "test" ? reset_test : reset_operational)) != 0)
+    for (const auto& [line, is_test] :
+         setting_read("euicc/profiles", default_profiles, phone_files::read_profiles))
+        if ((options & (is_test ? reset_test : reset_operational)) != 0)
             result = reset_result_ok;
         else
             kept += line + "\n";
-    }
     if (result == reset_result_ok)
         write_file("euicc/profiles",
                    ByteView(reinterpret_cast<const uint8_t*>(kept.data()), kept.size()));

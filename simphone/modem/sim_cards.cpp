@@ -5,17 +5,18 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "modem/euicc.h"
 #include "modem/modem.h"
-#include "phone/complaint.h"
 #include "phone/phone.h"
 #include "phone/settings.h"
+#include "phone_lines.h"
 
 namespace simphone {
 
 namespace {
+
+using phone_files::Detect;
 
 constexpr uint32_t euicc_slot = 2;
 
@@ -31,60 +32,26 @@ struct Power {
 };
 
 Power power_of(uint32_t slot) {
-    const std::string file = slot_file(slot, ".power");
-    const std::vector<Word> words = setting_words(file, "on");
-    const bool numbered = words.size() > 1;
-    const int64_t number = numbered ? number_within(file, words[1], times, 0) : 0;
-    if (!words.empty() && words[0].text == "off")
-        return {numbered && number != restart_count(), restarted_ms()};
-    if (words.empty() || words[0].text != "on")
-        complain(file, 1, "neither on nor off, taken for on");
-    return {true, std::max(number, restarted_ms())}; /* a restart powers up anew */
+    const auto [on, number] =
+        setting_read(slot_file(slot, ".power"), "on", phone_files::read_power);
+    if (!on)
+        return {number.has_value() && *number != restart_count(), restarted_ms()};
+    return {true, std::max(number.value_or(0), restarted_ms())}; /* a restart powers up anew */
 }
 
-struct Detect {
-    bool forced = false;
-    bool high = false;
-    bool for_sim_driver = false;
-};
-
 Detect detect_of(uint32_t slot) {
-    const std::string file = slot_file(slot, ".detect");
-    const std::string text = setting_text(file, "auto");
-    const std::vector<Word> words = words_of(text);
-    const std::string level = words.empty() ? "" : words[0].text;
-    const std::string who = words.size() > 1 ? words[1].text : "general";
-    const bool forced = level == "low" || level == "high";
-    if ((!forced && level != "auto") || (who != "general" && who != "sim")) {
-        complain(file, 1,
-                 "'" + text + "' can't be used (auto, or low or high and general or sim), taken " +
-                     "for auto");
-        return {};
-    }
-    return {forced, level == "high", who == "sim"};
+    return setting_read(slot_file(slot, ".detect"), "auto", phone_files::read_detect);
 }
 
 /* False while a running test has the tray pulled. A round begins with the pull. */
 bool tray_is_in() {
-    static const std::string file = "sim/hotswap";
-    const std::vector<Word> words = setting_words(file, "stop");
-    if (words.size() == 1 && words[0].text == "stop")
+    const phone_files::HotSwap test =
+        setting_read("sim/hotswap", "stop", phone_files::read_hotswap);
+    const int64_t round = test.after_push + test.after_pull;
+    const int64_t elapsed = now_ms() - test.since;
+    if (!test.running || round <= 0 || elapsed < 0 || elapsed / round >= test.count)
         return true;
-    if (words.size() != 4) {
-        complain(file, 1,
-                 "neither stop nor four numbers (seconds in, seconds out, count, since when in "
-                 "milliseconds), taken for stop");
-        return true;
-    }
-    constexpr Range u32 = {0, UINT32_MAX};
-    const int64_t after_push = number_within(file, words[0], u32, 0);
-    const int64_t after_pull = number_within(file, words[1], u32, 0);
-    const int64_t count = number_within(file, words[2], u32, 0);
-    const int64_t round = (after_push + after_pull) * 1000;
-    const int64_t elapsed = now_ms() - number_within(file, words[3], times, 0);
-    if (round <= 0 || elapsed < 0 || elapsed / round >= count)
-        return true;
-    return elapsed % round >= after_pull * 1000;
+    return elapsed % round >= test.after_pull;
 }
 
 /* What is in the slot, without power and detect line. */

@@ -40,4 +40,9 @@ void complain(const std::string& file, int line, const std::string& text) {
     errno = before;
 }
 
+void complain(const std::string& file, const phone_files::Complaints& complaints) {
+    for (const phone_files::Complaint& complaint : complaints)
+        complain(file, complaint.line, complaint.text);
+}
+
 } // namespace simphone

@@ -10,7 +10,7 @@
 
 #include <fnmatch.h>
 
-#include "phone_files.h"
+#include "phone_lines.h"
 
 #include "phone/complaint.h"
 #include "phone/guarded.h"
@@ -26,8 +26,7 @@ constexpr const char* file = "faults";
 constexpr const char* counts_file = "faults.counts";
 
 using phone_files::Action;
-using phone_files::calls;
-using phone_files::Takes;
+using phone_files::Rule;
 
 /* What an action of the table does. */
 Fault::Kind kind_of(const Action& action) {
@@ -35,14 +34,9 @@ Fault::Kind kind_of(const Action& action) {
 }
 static_assert(std::size(phone_files::actions) == static_cast<size_t>(Fault::Kind::reply) + 1);
 
-struct Rule {
-    int line;
-    std::string text;
-    std::string pattern;
-    int64_t nth;   /* the call that it is for; 0: each */
-    int64_t every; /* each so many of all processes' calls; 0: nth counts */
-    Fault fault;
-};
+Fault fault_of(const Rule& rule) {
+    return {kind_of(*rule.action), rule.argument, rule.number, rule.line};
+}
 
 bool matches(const std::string& pattern, const std::string& call, const std::string& name) {
     return ::fnmatch(pattern.c_str(), name.c_str(), 0) == 0 ||
@@ -50,101 +44,14 @@ bool matches(const std::string& pattern, const std::string& call, const std::str
             ::fnmatch(pattern.c_str(), call.c_str(), 0) == 0);
 }
 
-/* False when no call can ever match. A pattern without ":" may match across call and object. */
-bool can_match(const std::string& pattern) {
-    const size_t colon = pattern.find(':');
-    if (colon == std::string::npos && pattern.find_first_of("*?[") != std::string::npos)
-        return true;
-    const std::string call = pattern.substr(0, colon);
-    return std::any_of(std::begin(calls), std::end(calls),
-                       [&](const char* name) { return ::fnmatch(call.c_str(), name, 0) == 0; });
-}
-
-const Action* find_action(const std::string& name) {
-    const auto* const found =
-        std::find_if(std::begin(phone_files::actions), std::end(phone_files::actions),
-                     [&](const Action& row) { return name == row.name; });
-    return found == std::end(phone_files::actions) ? nullptr : found;
-}
-
-std::string action_names() {
-    std::string text;
-    for (const Action& action : phone_files::actions)
-        text += std::string(text.empty() ? "" : " ") + action.name;
-    return text;
-}
-
-/* Reads what stands behind the action, and tells what makes no sense there. */
-void read_argument(const Action& action, Fault& fault) {
-    const std::string& text = fault.argument;
-    const Word word{text, fault.line};
-    switch (action.takes) {
-    case Takes::nothing:
-        if (!text.empty())
-            complain(file, fault.line, std::string(action.name) + " takes no argument");
-        return;
-    case Takes::result:
-        if (!text.empty() && whole_number(text))
-            fault.number = number_within(file, word, {INT32_MIN, INT32_MAX}, 0);
-        else if (!text.empty())
-            complain(file, fault.line,
-                     "'" + text + "' is no result: error takes a number, or nothing");
-        return;
-    case Takes::milliseconds:
-        fault.number = number_within(file, word, {0, 60 * 60 * 1000}, 0);
-        return;
-    case Takes::answer:
-        return;
-    }
-}
-
-std::optional<Rule> read_rule(const std::string& text, int line) {
-    std::istringstream words(text.substr(0, text.find('#')));
-    std::string pattern, when, name, argument;
-    if (!(words >> pattern))
-        return std::nullopt;
-    if (!(words >> when >> name)) {
-        complain(file, line, "'" + text + "' is no rule: CALL[:OBJECT] WHEN ACTION [ARGUMENT]");
-        return std::nullopt;
-    }
-    std::getline(words >> std::ws, argument);
-    argument.erase(argument.find_last_not_of(" \t\r") + 1);
-    const bool share = when.rfind("*/", 0) == 0;
-    const int64_t number =
-        when == "*" ? 0 : whole_number(share ? when.substr(2) : when).value_or(-1);
-    if (number < 0 || (number == 0 && when != "*")) {
-        complain(file, line,
-                 "'" + when + "' is no call's number: * for each, the number, from 1, or */N");
-        return std::nullopt;
-    }
-    const Action* const action = find_action(name);
-    if (action == nullptr) {
-        complain(file, line, "'" + name + "' is no action; one of: " + action_names());
-        return std::nullopt;
-    }
-    if (!can_match(pattern))
-        complain(file, line,
-                 "no call is named '" + pattern + "'; the log's lines \"call\" show their names");
-    Rule rule{line,
-              text,
-              pattern,
-              share ? 0 : number,
-              share ? number : 0,
-              {kind_of(*action), argument, std::nullopt, line}};
-    read_argument(*action, rule.fault);
-    return rule;
-}
-
 std::vector<Rule> read_rules() {
-    std::vector<Rule> rules;
     const std::optional<Bytes> bytes = read_file(file);
     if (!bytes)
-        return rules;
-    std::istringstream lines(std::string(bytes->begin(), bytes->end()));
-    int number = 0;
-    for (std::string line; std::getline(lines, line);)
-        if (std::optional<Rule> rule = read_rule(line, ++number))
-            rules.push_back(std::move(*rule));
+        return {};
+    phone_files::Complaints complaints;
+    std::vector<Rule> rules =
+        phone_files::read_rules(std::string(bytes->begin(), bytes->end()), complaints);
+    complain(file, complaints);
     return rules;
 }
 
@@ -170,8 +77,8 @@ int64_t count_for_all(const std::string& rule) {
 
 /* Whether a rule that matches its nth call in this process applies to it. */
 bool is_due(const Rule& rule, int64_t nth) {
-    if (rule.every > 0)
-        return count_for_all(rule.text) % rule.every == 0;
+    if (rule.every_n > 0)
+        return count_for_all(rule.text) % rule.every_n == 0;
     return rule.nth == 0 || rule.nth == nth;
 }
 
@@ -226,7 +133,7 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
             if (found || !is_due(rule, nth))
                 continue;
             ++use.applied;
-            found = rule.fault;
+            found = fault_of(rule);
         }
     }
     if (found)
@@ -237,7 +144,7 @@ std::optional<Fault> platform_call(const std::string& call, const std::string& w
 Bytes reply_bytes(const Fault& fault) {
     std::string digits = fault.argument;
     std::erase(digits, ' ');
-    const Bytes bytes = from_hex(digits);
+    Bytes bytes = from_hex(digits);
     if (bytes.size() * 2 != digits.size())
         complain(file, fault.line,
                  "'" + fault.argument + "' is not hexadecimal throughout: two digits a byte");

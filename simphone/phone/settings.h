@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "phone_files.h"
+#include "phone/complaint.h"
+#include "phone_text.h"
 
 namespace simphone {
 
@@ -25,19 +26,24 @@ std::string setting(const std::string& name);
 /* Text without blanks around it. */
 std::string setting_text(const std::string& name, const std::string& default_text);
 
+/* The same, read by one of phone_lines.h. */
+template <typename Value>
+Value setting_read(const std::string& name, const std::string& default_text,
+                   Value (*read)(const std::string&, phone_files::Complaints&)) {
+    phone_files::Complaints complaints;
+    Value value = read(setting_text(name, default_text), complaints);
+    complain(name, complaints);
+    return value;
+}
+
 /* True for a name of the table. */
 bool is_setting(const std::string& name);
 
-struct Word {
-    std::string text;
-    int line; /* from 1 */
-};
+using phone_files::whole_number;
+using phone_files::Word;
+using phone_files::words_of;
 
 std::vector<Word> setting_words(const std::string& name, const std::string& default_text);
-std::vector<Word> words_of(const std::string& text);
-
-/* A whole word as a number; nothing when it is none. What does not fit is INT64_MIN or MAX. */
-std::optional<int64_t> whole_number(const std::string& text);
 
 using phone_files::Range;
 
@@ -46,7 +52,6 @@ using phone_files::Range;
 int64_t number_within(const std::string& file, const Word& word, Range range, int64_t fallback);
 
 using phone_files::day_ms;
-/* Milliseconds since the epoch, as state files hold them. */
-constexpr Range times = {0, INT64_C(1) << 50};
+using phone_files::times;
 
 } // namespace simphone

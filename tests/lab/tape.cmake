@@ -26,8 +26,17 @@ foreach(FILE ${TRANSCRIPTS})
   get_filename_component(NAME ${FILE} NAME_WE)
   add_test(NAME Tape.transcript.${NAME}
     COMMAND sh ${TAPE}/tape_transcript.sh ${CMAKE_BINARY_DIR} Transcript.${NAME})
-  set_tests_properties(Tape.transcript.${NAME} PROPERTIES TIMEOUT 240)
+  set_tests_properties(Tape.transcript.${NAME} PROPERTIES TIMEOUT 240 FIXTURES_SETUP tapes)
 endforeach()
+
+# What they recorded, in Wireshark.
+find_package(Python3 COMPONENTS Interpreter)
+find_program(TSHARK tshark)
+if(Python3_FOUND AND TSHARK)
+  add_test(NAME Tape.wireshark COMMAND ${Python3_EXECUTABLE} ${TAPE}/wireshark_test.py
+    $<TARGET_FILE:kvt-lab> $<TARGET_FILE:kvt> ${DISSECTOR} ${CMAKE_BINARY_DIR}/Testing/tapes)
+  set_tests_properties(Tape.wireshark PROPERTIES TIMEOUT 120 FIXTURES_REQUIRED tapes)
+endif()
 
 # Another platform: one library under every name, as a program finds it by LD_LIBRARY_PATH.
 add_library(other_platform SHARED ${TAPE}/tape_other_platform.cpp)

@@ -143,9 +143,9 @@ if [ -c /dev/full ]; then
     "$kvt" 4 1 0 550 | cmp -s - out || complain "on a full disk, other output"
     [ "$(wc -l <err)" = 1 ] || complain "a full disk: $(cat err)"
 fi
-KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libc.so.6" \
+KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libm.so.6" \
     "$kvt" 8 '$(env|grep^LD_PRELOAD>&2)' >/dev/null 2>&1
-KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libc.so.6" \
+KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libm.so.6" \
     "$kvt" 8 '`printenv${IFS}LD_PRELOAD${IFS}KVT_TAPE>children`' >/dev/null 2>&1
-[ "$(cat children)" = "$build/lib/libtape_changed.so:libc.so.6" ] || complain "children get: $(cat children)"
+[ "$(cat children)" = "$build/lib/libtape_changed.so:libm.so.6" ] || complain "children get: $(cat children)"
 exit $failed

@@ -6,7 +6,8 @@
 #   tape_transcript.sh BUILD TEST
 #
 # BUILD is the build's folder, TEST a test of transcript_test. KVT_TEST_ARM64 names a build that is
-# recorded and replayed instead, under emulation.
+# recorded and replayed instead, under emulation. Otherwise the tape is left in BUILD/Testing/tapes for
+# those who compare what is read from it.
 build=$1 test=$2
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
@@ -36,6 +37,7 @@ KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >
     exit 1
 }
 [ -s "$KVT_TEST_TAPE" ] || exit 0 # no command of kvt's in it
+[ -z "$KVT_TEST_ARM64" ] && mkdir -p "$build/Testing/tapes" && cp "$KVT_TEST_TAPE" "$build/Testing/tapes/$test.tape"
 
 replayed=$build/bin/kvt
 [ -n "$KVT_TEST_ARM64" ] && replayed=$work/replay
