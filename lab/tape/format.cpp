@@ -21,6 +21,7 @@ constexpr size_t max_strays = 20;
 /* More than any buffer of the platform's interface; a number above it is nonsense. */
 constexpr int64_t max_buffer = 1 << 24;
 constexpr int64_t max_threads = 100000000;
+constexpr int64_t known_version = 2;
 
 int nibble(char c) {
     if (c >= '0' && c <= '9')
@@ -185,10 +186,8 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
             good = number(event.thread, 0, max_threads);
         } else if (name == "from") {
             good = number(event.from, 0, UINT32_MAX - 1);
-        } else if (name == "behind_thread") {
-            good = number(event.behind_thread, 0, max_threads);
-        } else if (name == "behind") {
-            good = number(event.behind, 0, huge);
+        } else if (name == "past") {
+            good = number(event.number, 0, huge);
         } else if (name == "result") {
             good = number(event.result, INT32_MIN, INT32_MAX);
         } else if (name == "errno") {
@@ -208,11 +207,11 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
         } else if (name == "printed") {
             is(Event::printed);
             good = number(event.number, 1, huge);
-        } else if (name == "slept") {
-            is(Event::slept);
-            good = number(event.number, 0, huge);
-        } else if (name == "locked") {
-            is(Event::locked);
+        } else if (name == "waited") {
+            is(Event::waited);
+            good = value.get(event.name) == simdjson::SUCCESS;
+        } else if (name == "clock") {
+            is(Event::clock);
             good = number(event.number, 0, huge);
         } else if (name == "end") {
             is(Event::end);
@@ -225,7 +224,7 @@ bool LineParser::parse(std::string_view line, Event& event, std::string& error) 
             int64_t version = 0;
             if (!number(version, 1, huge))
                 return set(error, "not a line of a tape");
-            if (version != 1)
+            if (version != known_version)
                 return set(error, "a tape of version " + std::to_string(version) +
                                       ", which this program does not know");
         } else if (name == "time") {

@@ -29,18 +29,16 @@ struct Service {
 
 /* One line, parsed. Which members count depends on the kind. */
 struct Event {
-    enum Kind { head, call, open, back, done, printed, slept, locked, end };
+    enum Kind { head, call, open, back, done, printed, waited, clock, end };
     Kind kind = head;
     std::string_view run;
     int64_t n = 0;
     int64_t at_us = 0;
     int64_t took_us = 0;
     int64_t thread = 0;
-    std::string_view name; /* of a call, or the kind of a callback */
+    std::string_view name; /* of a call, or the kind of a callback or wait */
     int64_t from = -1;     /* number of the event that came next when the call began; -1: its own */
-    int64_t number = 0;    /* done: the callback's line; printed: bytes; slept: us; locked: which */
-    int64_t behind_thread = -1; /* locked: who had it before, as its lock of which number */
-    int64_t behind = 0;
+    int64_t number = 0;    /* done: the callback's line; printed: bytes; waited: past; clock: ns */
     int64_t result = 0;
     int64_t error = 0;       /* errno */
     std::string_view output; /* end: all that was printed */

@@ -12,10 +12,6 @@
 
 namespace lab::tape {
 
-/* Where a run goes on from one event to the next: every event has one point, a call during which
- * something else happened has one for its begin and one for its end, a callback too. A point is
- * passed when all before it are. */
-constexpr uint32_t no_point = 0xFFFFFFFF;
 constexpr uint32_t no_event = 0xFFFFFFFF;
 
 struct ScriptValue {
@@ -25,25 +21,26 @@ struct ScriptValue {
     uint8_t is_text = 0;
 };
 
-enum class ScriptKind : uint8_t { call, open, back, printed, pause, lock };
+/* In the order in which the program's threads went on: calls as they came back, callbacks as they
+ * began, waits as they were over. Between one of these and its own next one no thread was held up,
+ * and none other ran. A call that never came back and a clock's reading are no such points. */
+enum class ScriptKind : uint8_t { call, open, back, wait, clock };
 
 struct ScriptEvent {
     ScriptKind kind = ScriptKind::call;
     uint32_t line = 0; /* in the tape, for messages */
     uint32_t thread = 0;
-    uint32_t begin = no_point;
-    uint32_t end = no_point;
     uint32_t inside = no_event; /* of a callback: the call of the same thread that it came in */
     int64_t at_us = 0;
     int64_t took_us = 0;
-    int64_t behind_thread = -1; /* of a lock: who had it before, as its lock of which number */
-    int64_t behind = 0;
-    std::string name;                /* of the call or the kind of callback */
+    std::string name;                /* of the call, the kind of callback or wait */
     std::string inputs;              /* of a call, as input_text makes them */
     std::vector<ScriptValue> values; /* a call's outputs; what a callback brings */
     int64_t result = 0;
-    int64_t error = 0;   /* errno */
-    uint64_t length = 0; /* of what was printed; the number of a lock */
+    int64_t error = 0;  /* errno */
+    int64_t number = 0; /* a wait: how many of its kind the thread came past; a clock: ns */
+
+    bool is_point() const { return kind != ScriptKind::open && kind != ScriptKind::clock; }
 };
 
 struct ScriptService {
@@ -56,7 +53,6 @@ struct ScriptService {
 
 struct Script {
     uint8_t as_recorded = 0;
-    uint32_t points = 0; /* the last one is the program's end */
     std::string output;
     std::vector<ScriptService> services;
     std::vector<ScriptEvent> events;
@@ -171,7 +167,6 @@ void pass_list(Stream& stream, std::vector<Item>& list, Each each) {
 /* Writes the script, or reads it: the one description of its bytes. */
 template <typename Stream> void pass_script(Stream& stream, Script& script) {
     stream.number(script.as_recorded);
-    stream.number(script.points);
     stream.text(script.output);
     pass_list(stream, script.services, [&](ScriptService& service) {
         stream.text(service.name);
@@ -184,13 +179,9 @@ template <typename Stream> void pass_script(Stream& stream, Script& script) {
         stream.number(event.kind);
         stream.number(event.line);
         stream.number(event.thread);
-        stream.number(event.begin);
-        stream.number(event.end);
         stream.number(event.inside);
         stream.number(event.at_us);
         stream.number(event.took_us);
-        stream.number(event.behind_thread);
-        stream.number(event.behind);
         stream.text(event.name);
         stream.text(event.inputs);
         pass_list(stream, event.values, [&](ScriptValue& value) {
@@ -201,7 +192,7 @@ template <typename Stream> void pass_script(Stream& stream, Script& script) {
         });
         stream.number(event.result);
         stream.number(event.error);
-        stream.number(event.length);
+        stream.number(event.number);
     });
 }
 

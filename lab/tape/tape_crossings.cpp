@@ -79,8 +79,6 @@ void TapeCrossings::event(const Run& run) {
         call();
         break;
     case Event::open:
-        if (event_.name == "sleep") /* a thread that the program's end did not wait for */
-            break;
         begin(CrossingKind::note, Direction::to_phone);
         crossing_.bytes.assign(event_.name).append(": did not come back");
         emit(false);

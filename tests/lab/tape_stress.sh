@@ -1,7 +1,8 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 # Many exchanges and restarts, recorded and replayed: both print the same, and no sanitizer has
-# anything to say. A build without kvt-lab is only recorded, unless KVT_TEST_LAB names one.
+# anything to say. A build without kvt-lab takes the development build's beside it; without that it is
+# only recorded.
 #
 #   tape_stress.sh BUILD EXCHANGES RESTARTS
 build=$1
@@ -15,7 +16,8 @@ export KVT_PHONE="$work/phone"
 export ASAN_OPTIONS="verify_asan_link_order=0:log_path=$work/report:$ASAN_OPTIONS"
 export UBSAN_OPTIONS="print_stacktrace=1:log_path=$work/report:$UBSAN_OPTIONS"
 export TSAN_OPTIONS="atexit_sleep_ms=0:log_path=$work/report:$TSAN_OPTIONS"
-lab=${KVT_TEST_LAB:-$build/bin/kvt-lab}
+lab=$build/bin/kvt-lab
+[ -x "$lab" ] || lab=${build%/*}/dev/bin/kvt-lab
 export KVT_TAPE_LIBRARIES="$build/lib"
 status=0
 try() {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 /* The C library's functions that a program prints with, as far as it prints on standard output: the
- * recorder keeps what is printed and where it stands among the calls, the replayer keeps threads in
- * that order. Each does what the C library's own does. */
+ * recorder keeps what is printed and where it stands among the calls. Each does what the C library's
+ * own does, with that one's lock held, so that what is kept has the order of what is printed. */
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include "formatted.h"
 #include "output.h"
 #include "symbols.h"
+#include "wait.h"
 
 #undef putc
 #undef putchar
@@ -17,6 +19,30 @@
 #define C_LIBRARY(function) NEXT_DEFINITION(function)
 
 namespace {
+
+class Printing {
+  public:
+    Printing(const char* text, size_t length)
+        : text_(text), length_(length), kept_(output_is_kept()) {
+        if (kept_)
+            lock_output();
+    }
+    ~Printing() {
+        if (!kept_)
+            return;
+        const int error = errno;
+        output_printed(text_, length_);
+        ::funlockfile(stdout);
+        errno = error;
+    }
+    Printing(const Printing&) = delete;
+    Printing& operator=(const Printing&) = delete;
+
+  private:
+    const char* text_;
+    size_t length_;
+    bool kept_;
+};
 
 __attribute__((format(printf, 2, 0))) int print(std::FILE* stream, const char* format,
                                                 va_list args) {
@@ -119,13 +145,6 @@ int fputc(int character, std::FILE* stream) {
 int putc(int character, std::FILE* stream) { return fputc(character, stream); }
 
 int putchar(int character) { return fputc(character, stdout); }
-
-/* A program may hold the lock while it prints a line in pieces: its turn begins with the lock. */
-void flockfile(std::FILE* stream) {
-    if (stream == stdout)
-        before_output_lock();
-    C_LIBRARY(flockfile)(stream);
-}
 
 size_t fwrite(const void* data, size_t size, size_t count, std::FILE* stream) {
     if (stream != stdout)

@@ -3,6 +3,8 @@
  * counted as they are made. The platform's own come behind, as they are first seen. */
 #pragma once
 
+#include "waits.h"
+
 namespace threads {
 
 constexpr int unknown = -1;
@@ -18,19 +20,38 @@ void set_current(int number);
 enum class Place { platform, program };
 Place place();
 
-/* A step that the tape tells of: a call's or a callback's begin or end. Returns where the thread
- * was. */
+/* A call's or a callback's begin or end. Returns where the thread was. */
 Place enter(Place place);
 
-/* The address, where a function of ours was called, lies in the program itself, and the thread is
- * in its code. */
+/* Code of ours that the C library and the C++ runtime shall not take for the program's. */
+class Aside {
+  public:
+    Aside();
+    ~Aside();
+    Aside(const Aside&) = delete;
+    Aside& operator=(const Aside&) = delete;
+
+  private:
+    Place before_;
+};
+
+/* The address, where a function of ours was called, lies in the program itself or in the C++
+ * runtime that it calls, and the thread is in its code. */
 bool by_program(const void* return_address);
 
-/* The calling thread's locks by number: a thousand for each of its steps, and one for each lock
- * since. */
-long long next_lock();
-
-/* True once anybody has made a second thread. */
-bool several();
+/* How often the calling thread, since it last waited, called or was called, came through a place
+ * where it could have had to wait. */
+unsigned past(Wait kind);
+void went_past(Wait kind);
+void waited();
 
 } // namespace threads
+
+/* ---- what recorder and replayer have to do with threads of the program ---- */
+
+/* By the thread that makes another, before; and when it could not. */
+void thread_is_made();
+void thread_is_not_made();
+/* By the thread itself, before and after its function runs. */
+void thread_begins();
+void thread_ends();

@@ -3,12 +3,16 @@
 
 #include <cstring>
 
+#include "numbers.h"
 #include "service_name.h"
 #include "threads.h"
+#include "turn.h"
 
 Call::Call(const char* name)
     : errno_(errno), active_(journal::recording() && threads::place() == threads::Place::program) {
     flight_.name = name;
+    if (!active_)
+        journal::hold_after_end();
 }
 
 void Call::in(const char* name, long long value) {
@@ -36,7 +40,7 @@ void Call::in_packet(const char* name, const unsigned char* bytes, int length) {
 
 void Call::in_handle(const char* name, qmi_client_type handle) {
     if (active_)
-        inputs_.member(name, journal::handle_number(handle));
+        inputs_.member(name, numbers::of_handle(handle));
 }
 
 void Call::in_service(const char* name, qmi_idl_service_object_type service) {
@@ -46,13 +50,13 @@ void Call::in_service(const char* name, qmi_idl_service_object_type service) {
 
 void Call::in_pointer(const char* name, const void* pointer) {
     if (active_)
-        inputs_.member(name, journal::pointer_number(pointer, true));
+        inputs_.member(name, numbers::of_pointer(pointer, true));
 }
 
 void Call::in_signal(const char* name, qmi_client_os_params* os_params) {
     if (!active_)
         return;
-    inputs_.member(name, journal::signal_number(os_params));
+    inputs_.member(name, numbers::of_signal(os_params));
     add_output({name, os_params, 0, Output::signal});
 }
 
@@ -62,9 +66,11 @@ void Call::begin() {
     flight_.began_us = journal::now_us();
     journal::begin(flight_);
     threads::enter(threads::Place::platform);
+    turn::give();
 }
 
 void Call::end(int result) {
+    turn::take();
     Text line;
     line.member("at", flight_.began_us);
     line.member("took", journal::now_us() - flight_.began_us);
@@ -118,7 +124,7 @@ void Call::put_output(Text& line, const Output& output, int result) {
         std::memcpy(&handle, output.at, sizeof handle);
         if (result != QMI_NO_ERR || handle == nullptr)
             break;
-        line.member(output.name, journal::add_handle(handle, os_params_));
+        line.member(output.name, numbers::add_handle(handle, os_params_));
         line.key("raw");
         line.add_number(static_cast<long long>(reinterpret_cast<uintptr_t>(handle)));
         break;

@@ -14,12 +14,12 @@
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/resource.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include "program.h"
 #include "symbols.h"
 #include "threads.h"
+#include "turn.h"
 
 namespace journal {
 
@@ -32,32 +32,6 @@ constexpr int lowest_descriptor = 100;
 constexpr size_t most_waiting = 1 << 16;
 
 enum State { idle, running, broken, ended };
-
-struct Number {
-    const void* what;
-    const void* os_params;
-};
-
-/* Numbers in the order in which they were given; the newest of a value counts. */
-struct Numbers {
-    Number* rows = nullptr;
-    int count = 0;
-    int room = 0;
-
-    int add(const void* what, const void* os_params) {
-        if (count == room) {
-            const int wanted = room == 0 ? 64 : 2 * room;
-            auto* const larger = static_cast<Number*>(
-                std::realloc(rows, static_cast<size_t>(wanted) * sizeof *rows));
-            if (larger == nullptr)
-                return -1;
-            rows = larger;
-            room = wanted;
-        }
-        rows[count++] = {what, os_params};
-        return count;
-    }
-};
 
 struct Journal {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -76,7 +50,6 @@ struct Journal {
     int threads = 0; /* of the platform */
     int ending_thread = -1;
     InFlight* in_flight = nullptr;
-    Numbers handles, pointers;
 };
 
 /* Made by load, before the program runs, and never destroyed: threads may still call while the
@@ -202,50 +175,6 @@ uint64_t add_line(const Text& members) {
 
 /* ---- the run's first and last line ---- */
 
-void write_head(int argc, char** argv) {
-    Text head;
-    head.member("tape", 1);
-    head.member("time", static_cast<long long>(std::time(nullptr)));
-    head.key("args");
-    head.add("[");
-    for (int i = 1; i < argc; ++i) {
-        Text word; /* as a member, of which only the value is wanted */
-        word.member_text("", argv[i]);
-        if (i > 1)
-            head.add(",");
-        head.add(word.data() + 3, word.size() - 3);
-    }
-    head.add("]");
-    char build[65];
-    program::build_id(build, sizeof build);
-    head.member_text("build", build);
-    utsname system = {};
-    if (::uname(&system) == 0)
-        head.member_text("machine", system.machine);
-    char model[96];
-    if (program::phone_model(model))
-        head.member_text("model", model);
-    head.key("services");
-    head.add("{");
-    for (const program::Service& service : program::services()) {
-        if (service.object == nullptr)
-            continue;
-        head.key(service.name);
-        head.add("[");
-        head.add_number(service.object->service_id);
-        const uint32_t version[] = {service.object->library_version, service.object->idl_version,
-                                    service.object->idl_minor_version};
-        for (const uint32_t part : version) {
-            head.add(",");
-            head.add_number(part);
-        }
-        head.add("]");
-    }
-    head.add("}");
-    add_line(head);
-    write_waiting();
-}
-
 /* A line that was cut by a sudden end stays cut: what comes now begins a line of its own. */
 void end_cut_line() {
     const off_t size = ::lseek(g_journal.fd, 0, SEEK_END);
@@ -274,8 +203,12 @@ void start(int argc, char** argv, const char* tape) {
     else
         ::close(fd);
     end_cut_line();
+    turn::take();
     set_state(running);
-    write_head(argc, argv);
+    Text head;
+    program::describe(head, argc, argv);
+    add_line(head);
+    write_waiting();
 }
 
 __attribute__((constructor)) void load(int argc, char** argv, char** envp) {
@@ -295,6 +228,7 @@ __attribute__((constructor)) void load(int argc, char** argv, char** envp) {
 __attribute__((destructor)) void unload() {
     if (state() != running)
         return;
+    turn::take(); /* for good: what others would still do is not seen */
     const Guard guard;
     close_printed();
     for (const InFlight* call = g_journal.in_flight; call != nullptr; call = call->behind) {
@@ -326,31 +260,6 @@ __attribute__((destructor)) void unload() {
 
 bool recording() { return state() == running; }
 
-bool changes_hands(const void* mutex, long long number, Taken& before) {
-    struct Owner {
-        const void* mutex;
-        Taken taken;
-    };
-    /* More locks than these are told each time. */
-    static Owner owners[1024];
-    const size_t room = sizeof owners / sizeof owners[0];
-    const int thread = this_thread();
-    const Guard guard;
-    const size_t first = reinterpret_cast<uintptr_t>(mutex) / 8 % room;
-    for (size_t i = 0; i < room; ++i) {
-        Owner& owner = owners[(first + i) % room];
-        if (owner.mutex != mutex && owner.mutex != nullptr)
-            continue;
-        if (owner.mutex == mutex)
-            before = owner.taken;
-        owner.mutex = mutex;
-        owner.taken.thread = thread;
-        owner.taken.number = number;
-        return before.thread != thread && threads::several();
-    }
-    return true;
-}
-
 long long now_us() {
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -375,7 +284,7 @@ void begin(InFlight& call) {
     g_journal.in_flight = &call;
 }
 
-void end(InFlight& call, const Text& members, bool now) {
+void end(InFlight& call, const Text& members) {
     const Guard guard;
     (call.before != nullptr ? call.before->behind : g_journal.in_flight) = call.behind;
     if (call.behind != nullptr)
@@ -389,17 +298,47 @@ void end(InFlight& call, const Text& members, bool now) {
     g_journal.waiting.add(",", 1);
     g_journal.waiting.add(members.data(), members.size());
     close_line();
-    if (now || g_journal.waiting.size() > most_waiting)
-        write_waiting();
+    write_waiting();
 }
 
+namespace {
+
+/* What matters only for the order of others is written with the next line, so that the program is
+ * not held up where its threads meet. */
 void note(const Text& members) {
     const Guard guard;
-    if (!recording() || !members.whole())
+    if (!recording())
         return;
     add_line(members);
     if (g_journal.waiting.size() > most_waiting)
         write_waiting();
+}
+
+} // namespace
+
+void waited(Wait kind, long long began_us, int result, int error) {
+    Text line;
+    line.member("at", began_us);
+    line.member("took", now_us() - began_us);
+    line.member("thread", this_thread());
+    line.member_text("waited", name_of(kind));
+    if (threads::past(kind) > 0)
+        line.member("past", threads::past(kind));
+    line.member("result", result);
+    if (error != 0)
+        line.member("errno", error);
+    note(line);
+}
+
+void clock_read(const timespec& time) {
+    if (!recording())
+        return;
+    const timespec& start = g_journal.start;
+    Text line;
+    line.member("thread", this_thread());
+    line.member("clock",
+                (time.tv_sec - start.tv_sec) * 1'000'000'000LL + time.tv_nsec - start.tv_nsec);
+    note(line);
 }
 
 uint64_t event(const Text& members) {
@@ -438,41 +377,6 @@ void property(const char* key, const char* value) {
     if (g_journal.properties.size() > 0)
         g_journal.properties.add(",");
     g_journal.properties.add(row.data(), row.size());
-}
-
-int add_handle(const void* handle, const void* os_params) {
-    const Guard guard;
-    return g_journal.handles.add(handle, os_params);
-}
-
-int handle_number(const void* handle) {
-    if (handle == nullptr)
-        return 0;
-    const Guard guard;
-    for (int i = g_journal.handles.count; i > 0; --i)
-        if (g_journal.handles.rows[i - 1].what == handle)
-            return i;
-    return -1;
-}
-
-int signal_number(const void* os_params) {
-    if (os_params == nullptr)
-        return 0;
-    const Guard guard;
-    for (int i = g_journal.handles.count; i > 0; --i)
-        if (g_journal.handles.rows[i - 1].os_params == os_params)
-            return i;
-    return -1;
-}
-
-int pointer_number(const void* pointer, bool add) {
-    if (pointer == nullptr)
-        return 0;
-    const Guard guard;
-    for (int i = 0; i < g_journal.pointers.count; ++i)
-        if (g_journal.pointers.rows[i].what == pointer)
-            return i + 1;
-    return add ? g_journal.pointers.add(pointer, nullptr) : -1;
 }
 
 } // namespace journal

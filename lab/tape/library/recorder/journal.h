@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 
 #include "text.h"
+#include "waits.h"
 
 namespace journal {
 
@@ -34,40 +36,26 @@ struct InFlight {
 /* Sets from and enters the call in the list; what was printed until here comes before it. */
 void begin(InFlight& call);
 
-/* Takes the call out of the list and writes its line: the text holds members, without braces. `now`
- * false: as note. */
-void end(InFlight& call, const Text& members, bool now = true);
+/* Takes the call out of the list and writes its line: the text holds members, without braces. */
+void end(InFlight& call, const Text& members);
 
 /* Writes a line of its own and returns its number. */
 uint64_t event(const Text& members);
 
-/* The same for one that matters only for the order of others: it is written with the next, so that
- * the program is not held up where its threads meet. */
-void note(const Text& members);
+/* The calling thread goes on. */
+void waited(Wait kind, long long began_us, int result, int error);
+
+/* The program has read CLOCK_MONOTONIC. */
+void clock_read(const timespec& time);
 
 /* Something the program printed on standard output, told in the order in which it was printed. */
 void printed(const char* text, size_t length);
 
-/* Delays a thread that prints while the program ends: whether its text is still seen is chance, and
+/* Delays a thread that comes while the program ends: whether its text is still seen is chance, and
  * the tape does not hold it any more. */
 void hold_after_end();
 
-/* Notes that the calling thread has the lock, as its lock of that number; true when another had it
- * before, or nobody, while there is more than one thread. before: who had it, -1: nobody. */
-struct Taken {
-    int thread = -1;
-    long long number = 0;
-};
-bool changes_hands(const void* mutex, long long number, Taken& before);
-
 /* What the platform said a property was. */
 void property(const char* key, const char* value);
-
-/* Numbers for what can't be compared between runs: in the order in which they were first seen.
- * 0 for null, -1 for one that was never seen. */
-int add_handle(const void* handle, const void* os_params);
-int handle_number(const void* handle);
-int signal_number(const void* os_params); /* the number of the last handle made with them */
-int pointer_number(const void* pointer, bool add);
 
 } // namespace journal

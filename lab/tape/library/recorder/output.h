@@ -1,40 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-/* Text on its way to standard output: the C library's own lock is held around printing it and
- * writing it down, so that the tape has it in its true order. */
+/* Text on its way to standard output, whose lock the printing thread holds. */
 #pragma once
-
-#include <cerrno>
-#include <cstdio>
 
 #include "journal.h"
 #include "threads.h"
 
-/* The order of the prints is what counts. */
-inline void before_output_lock() {}
+inline bool output_is_kept() {
+    const bool kept = journal::recording() && threads::place() == threads::Place::program;
+    if (!kept)
+        journal::hold_after_end();
+    return kept;
+}
 
-class Printing {
-  public:
-    Printing(const char* text, size_t length)
-        : text_(text), length_(length),
-          recording_(journal::recording() && threads::place() == threads::Place::program) {
-        if (recording_)
-            ::flockfile(stdout);
-        else
-            journal::hold_after_end();
-    }
-    ~Printing() {
-        if (!recording_)
-            return;
-        const int error = errno;
-        journal::printed(text_, length_);
-        ::funlockfile(stdout);
-        errno = error;
-    }
-    Printing(const Printing&) = delete;
-    Printing& operator=(const Printing&) = delete;
-
-  private:
-    const char* text_;
-    size_t length_;
-    bool recording_;
-};
+inline void output_printed(const char* text, size_t length) { journal::printed(text, length); }

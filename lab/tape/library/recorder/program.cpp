@@ -2,10 +2,12 @@
 #include "program.h"
 
 #include <cstring>
+#include <ctime>
 
 #include <dlfcn.h>
 #include <link.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 
 namespace program {
 
@@ -81,20 +83,22 @@ void remove_entries(char* value, const char* own) {
     *out = '\0';
 }
 
-} // namespace
-
+/* In hex; empty when the program's file has none. */
 void build_id(char* text, size_t size) {
     text[0] = '\0';
     BuildId wanted{text, size};
     ::dl_iterate_phdr(find_build_id, &wanted);
 }
 
+/* False where the C library knows no model. */
 bool phone_model(char (&text)[96]) {
     using Get = int (*)(const char*, char*);
     const auto get = reinterpret_cast<Get>(::dlsym(RTLD_DEFAULT, "__system_property_get"));
     text[0] = '\0';
     return get != nullptr && get("ro.product.model", text) > 0;
 }
+
+} // namespace
 
 const Services& services() {
     static Services rows = {
@@ -110,6 +114,47 @@ const Services& services() {
                 static_cast<const qmi_idl_service_object*>(::dlsym(RTLD_DEFAULT, row.symbol));
     looked = true;
     return rows;
+}
+
+void describe(Text& head, int argc, char** argv) {
+    head.member("tape", 2);
+    head.member("time", static_cast<long long>(std::time(nullptr)));
+    head.key("args");
+    head.add("[");
+    for (int i = 1; i < argc; ++i) {
+        Text word; /* as a member, of which only the value is wanted */
+        word.member_text("", argv[i]);
+        if (i > 1)
+            head.add(",");
+        head.add(word.data() + 3, word.size() - 3);
+    }
+    head.add("]");
+    char build[65];
+    build_id(build, sizeof build);
+    head.member_text("build", build);
+    utsname system = {};
+    if (::uname(&system) == 0)
+        head.member_text("machine", system.machine);
+    char model[96];
+    if (phone_model(model))
+        head.member_text("model", model);
+    head.key("services");
+    head.add("{");
+    for (const Service& service : services()) {
+        if (service.object == nullptr)
+            continue;
+        head.key(service.name);
+        head.add("[");
+        head.add_number(service.object->service_id);
+        const uint32_t version[] = {service.object->library_version, service.object->idl_version,
+                                    service.object->idl_minor_version};
+        for (const uint32_t part : version) {
+            head.add(",");
+            head.add_number(part);
+        }
+        head.add("]");
+    }
+    head.add("}");
 }
 
 void keep_from_children(char** environment) {

@@ -6,14 +6,14 @@
 #include <cstddef>
 
 #include "qmi_idl.h"
+#include "text.h"
 
 namespace program {
 
-/* The build id of the program's file in hex; empty when it has none. */
-void build_id(char* text, size_t size);
-
-/* False where the C library knows no model. No library of the platform is asked. */
-bool phone_model(char (&text)[96]);
+/* The members of a run's first line: the program with its arguments, the machine, the phone's model
+ * where the C library knows one, the platform's service objects. No library of the platform is
+ * asked. */
+void describe(Text& head, int argc, char** argv);
 
 /* The platform's service objects by the names that the tape gives them. */
 struct Service {

@@ -5,8 +5,10 @@
 #include <utility>
 
 #include "journal.h"
+#include "numbers.h"
 #include "service_name.h"
 #include "threads.h"
+#include "turn.h"
 
 namespace relay {
 
@@ -18,8 +20,11 @@ constexpr size_t room = 64;
 class Back {
   public:
     Back(const char* kind, size_t slot) : error_(errno), active_(journal::recording()) {
-        if (!active_)
+        if (!active_) {
+            journal::hold_after_end();
             return;
+        }
+        turn::take();
         text_.member("at", journal::now_us());
         text_.member("thread", journal::this_thread());
         text_.member_text("back", kind);
@@ -39,7 +44,7 @@ class Back {
     }
 
     void context(const void* pointer) {
-        text_.member("context", journal::pointer_number(pointer, false));
+        text_.member("context", numbers::of_pointer(pointer, false));
     }
 
     /* Written before the program's function runs: it may never return. */
@@ -62,6 +67,7 @@ class Back {
             line.member("result", result);
             journal::event(line);
             threads::enter(before_);
+            turn::give();
         }
         errno = error;
     }
@@ -81,7 +87,7 @@ struct Indication {
     static constexpr const char* name = "indication";
     static void put(Back& back, qmi_client_type client, unsigned msg_id, void* buf, unsigned len,
                     void* context) {
-        back.text().member("client", journal::handle_number(client));
+        back.text().member("client", numbers::of_handle(client));
         back.text().member("msg", msg_id);
         back.bytes(static_cast<const unsigned char*>(buf), static_cast<int>(len));
         back.context(context);
@@ -93,7 +99,7 @@ struct Error {
     static constexpr const char* name = "error";
     static void put(Back& back, qmi_client_type client, qmi_client_error_type error,
                     void* context) {
-        back.text().member("client", journal::handle_number(client));
+        back.text().member("client", numbers::of_handle(client));
         back.text().member("error", error);
         back.context(context);
     }
@@ -104,7 +110,7 @@ struct Notify {
     static constexpr const char* name = "notify";
     static void put(Back& back, qmi_client_type client, qmi_idl_service_object_type service,
                     qmi_client_notify_event_type event, void* context) {
-        back.text().member("client", journal::handle_number(client));
+        back.text().member("client", numbers::of_handle(client));
         put_service(back.text(), "service", service);
         back.text().member("event", event);
         back.context(context);

@@ -89,7 +89,6 @@ int Call::replay(int refused) {
         give(output_[i], *event);
     errno_ = static_cast<int>(event->error);
     const auto result = static_cast<int>(event->result);
-    engine::end_call(*event);
     threads::enter(threads::Place::program);
     return result;
 }

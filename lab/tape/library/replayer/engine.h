@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 /* The replayed run: what was recorded, and how far the program has come in it.
  *
- * A call is answered from the sequence of its kind and object, and only if the same goes in. Where
- * it stands among the calls, callbacks and printed texts of other threads is kept as well as the
- * program allows: a thread that is early waits for those before it, but not for ever, and not when
- * nobody else could come. Callbacks alone wait until it is their turn: one that is not due is an
- * answer to nothing. */
+ * A call is answered from the sequence of its kind and object, and only if the same goes in. Its
+ * place among the calls, callbacks and waits of other threads is that of the recorded run, see
+ * order.h. */
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 #include "script.h"
+#include "waits.h"
 
 namespace engine {
 
@@ -25,31 +25,33 @@ using lab::tape::ScriptValue;
  * null, and told, when the tape does not have it next. */
 const ScriptEvent* begin_call(const char* name, const std::string& inputs);
 
-/* What the call gives is in place: others may go on. */
-void end_call(const ScriptEvent& event);
-
 const ScriptValue* value_of(const ScriptEvent& event, const char* name);
 
-/* ---- pauses ---- */
+/* ---- waits ---- */
 
-/* The thread's next recorded pause, begun; null when it has none any more, or there is no order to
- * keep. */
-const ScriptEvent* begin_pause();
+/* What the tape tells of a wait that the calling thread comes to. */
+enum class Told {
+    waits,   /* the thread waited here */
+    nothing, /* it did not, or not in this way */
+    ended,   /* the thread did not go on any more */
+    free,    /* there is no order any more: waits are the program's own */
+};
+struct Waiting {
+    Told told = Told::free;
+    uint32_t event = 0;
+};
+Waiting find_wait(Wait kind);
 
-/* Waits for the turn of its end. */
-void end_pause(const ScriptEvent& event);
+/* Waits for its turn; null: there is no order any more. For a thread that did not go on the turn
+ * never comes. */
+const ScriptEvent* take_turn(const Waiting& waiting);
 
-/* True: whatever took time takes it again. */
-bool takes_its_time();
+/* Around a wait that the tape does not tell of. */
+void step_aside();
+void step_in();
 
-/* ---- locks ---- */
-
-/* The thread's lock of this number, when its turn has come; null when the tape does not tell of
- * it. */
-const ScriptEvent* begin_lock(long long number);
-
-/* It is taken; null: the tape does not tell of it. */
-void end_lock(const ScriptEvent* event, long long number);
+/* Puts what CLOCK_MONOTONIC showed in the recorded run in place of what it shows. */
+void read_clock(timespec& time);
 
 /* ---- numbers, as the recorder gives them ---- */
 
@@ -71,14 +73,5 @@ void set_response_area(unsigned char* area, size_t size);
 
 /* The service's name as the tape has it. */
 std::string service_name(const void* service);
-
-/* ---- output ---- */
-
-/* Waits until the text stands next in the recorded output. */
-void before_printing(const char* text, size_t length);
-void after_printing(size_t length);
-
-/* Waits until it is this thread that prints next, whatever it is. */
-void before_output_lock();
 
 } // namespace engine

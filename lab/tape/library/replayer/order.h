@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-/* The order of the recorded run's points, and threads that wait for their turn in it. */
+/* Whose turn it is to run the program: one thread at a time, in the order of the recorded run's
+ * points (see script.h). A thread that comes to a point gives its turn away and waits until the
+ * point is the next one and nobody runs. So nothing depends on how fast anybody is.
+ *
+ * When the order can't be kept, since the next point's thread went elsewhere, that is told once, and
+ * from then on nobody waits here any more. */
 #pragma once
 
 #include <chrono>
@@ -8,104 +13,80 @@
 #include <mutex>
 #include <vector>
 
+#include "script.h"
+
 class Order {
   public:
-    /* To be told, once, which point nobody came to, and whether all threads waited for it. */
-    using Lost = void (*)(uint32_t point, bool stuck);
-    void start(uint32_t points, Lost lost) {
-        passed_.assign(points, 0);
-        lost_ = lost;
-    }
+    /* To be told, once, which event nobody came to; their number: all were passed. */
+    using Lost = void (*)(uint32_t event);
+
+    /* By the program's first thread, which runs. Events live as long as the order. */
+    void start(const std::vector<lab::tape::ScriptEvent>& events, bool as_recorded, Lost lost);
 
     /* All of these with the mutex held. */
     std::mutex& mutex() { return mutex_; }
     using Lock = std::unique_lock<std::mutex>;
 
-    uint32_t next() const { return next_; }
     bool loose() const { return loose_; }
-    void pass(uint32_t point);
 
-    /* Waits until all points before this one are passed. Ends early, and from then on nobody waits
-     * here any more, when patience is over or every thread of the program waits. */
-    void wait_turn(Lock& lock, uint32_t point, std::chrono::microseconds patience);
+    /* Threads that are on their way to the order, or are not any more: it can't be lost before
+     * they came. */
+    void expect(int threads) { coming_ += threads; }
+    void came() { --coming_; }
 
-    /* The same for any condition. False: it was given up. */
-    template <typename Condition>
-    bool wait_for(Lock& lock, std::chrono::microseconds patience, Condition condition);
+    /* The calling thread gives its turn away and waits for the event's. False: there is no order
+     * any more. */
+    bool take(Lock& lock, uint32_t event);
 
-    /* Without an end: for threads of our own. */
-    template <typename Condition> void wait_long(Lock& lock, Condition condition);
+    /* The same for a callback on a thread of the platform. Without an order it waits until all
+     * calls before it were made: one that is not due is an answer to nothing. */
+    void take_callback(Lock& lock, uint32_t event);
+
+    /* Waits, with the turn given away, until nobody runs. */
+    void take_any(Lock& lock);
+
+    /* Waits until every point is passed; nobody else has a turn after that. */
+    void take_end(Lock& lock);
+
+    void give();
+
+    /* Gives the turn away and waits until there is no order any more. */
+    void park(Lock& lock);
+
+    /* Nobody comes to the event. */
+    void skip(uint32_t event);
 
     /* Nobody waits for the order any more. */
-    void give_up_order() {
+    void give_up() {
         loose_ = true;
-        wake();
-    }
-
-    /* Something that threads may wait for has changed. */
-    void wake() {
-        ++changes_;
-        settled_ = 0;
         changed_.notify_all();
     }
 
+    /* When the last event that had its turn was recorded, microseconds. */
+    int64_t now_us() const { return now_us_; }
+
   private:
-    /* A thread that waits, and what it has seen of the changes. */
-    struct Waiting {
-        uint64_t seen = 0;
-    };
-
-    /* The thread has looked at what there is, and goes on waiting. */
-    void settle(Waiting& waiting) {
-        if (waiting.seen == changes_)
-            return;
-        waiting.seen = changes_;
-        ++settled_;
-    }
-    void leave(const Waiting& waiting) {
-        if (waiting.seen == changes_)
-            --settled_;
-    }
-
-    /* Every thread of this process waits here for another: none can bring what they wait for. */
-    bool nobody_moves() const;
+    void pass(uint32_t event);
+    void find_next();
+    bool calls_passed_before(uint32_t event);
+    /* Gives up when nobody can come to the next point. */
+    void check();
+    void lose();
+    template <typename Condition> void wait(Lock& lock, Condition condition);
+    void run(Lock& lock, uint32_t event);
 
     std::mutex mutex_;
     std::condition_variable changed_;
+    const std::vector<lab::tape::ScriptEvent>* events_ = nullptr;
     std::vector<uint8_t> passed_;
-    uint32_t next_ = 0;
-    uint64_t changes_ = 1;
-    unsigned settled_ = 0; /* threads that have seen the last change and wait */
+    std::vector<uint8_t> awaited_; /* a thread waits for its turn */
+    uint32_t next_ = 0;            /* the first that is a point and not passed */
+    uint32_t next_call_ = 0;
+    int coming_ = 0;
+    int64_t now_us_ = 0;
+    bool running_ = false;
     bool loose_ = false;
+    bool as_recorded_ = false;
+    std::chrono::steady_clock::time_point start_, changed_at_;
     Lost lost_ = nullptr;
 };
-
-template <typename Condition>
-bool Order::wait_for(Lock& lock, std::chrono::microseconds patience, Condition condition) {
-    if (loose_)
-        return condition();
-    const auto until = std::chrono::steady_clock::now() + patience;
-    Waiting waiting;
-    bool met = false;
-    while (!(met = condition()) && !loose_) {
-        settle(waiting);
-        const bool stuck = nobody_moves();
-        if (stuck || std::chrono::steady_clock::now() >= until) {
-            lost_(next_, stuck);
-            give_up_order();
-            break;
-        }
-        changed_.wait_for(lock, std::chrono::milliseconds(20));
-    }
-    leave(waiting);
-    return met;
-}
-
-template <typename Condition> void Order::wait_long(Lock& lock, Condition condition) {
-    Waiting waiting;
-    while (!condition()) {
-        settle(waiting);
-        changed_.wait(lock);
-    }
-    leave(waiting);
-}

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+/* Tapes: EFS write and read of 100 KiB as a process of its own, as it is, recorded, and replayed; and
+ * what kvt-lab show makes of a tape of 100 MB. */
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr size_t long_tape_size = 100'000'000;
+
+/* False when it does not run or its status is not 0. */
+bool run(Words words, Words environment) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    std::vector<char*> argv, envp;
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    for (std::string& entry : environment)
+        envp.push_back(entry.data());
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
+    pid_t pid = 0;
+    int status = -1;
+    const bool good =
+        posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) == 0 &&
+        waitpid(pid, &status, 0) == pid && status == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    return good;
+}
+
+/* A phone, and tapes of it. */
+struct Studio {
+    fs::path folder = fs::temp_directory_path() / "kvt-bench-XXXXXX";
+    std::string phone;
+    std::string tape() const { return folder / "tape"; }
+    std::string long_tape() const { return folder / "long"; }
+    Words recorder() const { return {phone, "LD_PRELOAD=" RECORDER_LIBRARY, "KVT_TAPE=" + tape()}; }
+
+    Studio() {
+        std::string name = folder;
+        if (::mkdtemp(name.data()) != nullptr)
+            folder = name;
+        phone = "KVT_PHONE=" + (folder / "phone").string();
+        run({EFS_PROGRAM}, recorder());
+    }
+    ~Studio() {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    /* The one run many times, each under a name of its own. */
+    void make_long_tape() const {
+        if (fs::exists(long_tape()))
+            return;
+        std::stringstream one;
+        one << std::ifstream(tape()).rdbuf();
+        const std::string text = one.str();
+        constexpr size_t from = sizeof "{\"run\":\"" - 1;
+        const std::string name = text.substr(from, text.find('"', from) - from);
+        std::ofstream out(long_tape());
+        for (size_t size = 0, number = 0; size < long_tape_size; size += text.size(), ++number) {
+            std::string copy = text;
+            char other[24];
+            const auto length =
+                static_cast<size_t>(std::snprintf(other, sizeof other, "%08zu", number));
+            for (size_t at = from; at < copy.size(); at = copy.find('\n', at) + 1 + from)
+                copy.replace(at + name.size() - length, length, other);
+            out << copy;
+        }
+    }
+};
+
+Studio& studio() {
+    static Studio the_studio;
+    return the_studio;
+}
+
+void repeat(benchmark::State& state, const Words& words, const Words& environment) {
+    for (auto _ : state) {
+        if (!run(words, environment)) {
+            state.SkipWithError("did not run");
+            break;
+        }
+    }
+}
+
+void tape_efs(benchmark::State& state) { repeat(state, {EFS_PROGRAM}, {studio().phone}); }
+
+void tape_efs_recorded(benchmark::State& state) {
+    Words environment = studio().recorder();
+    environment.back() += "-again";
+    for (auto _ : state) {
+        if (!run({EFS_PROGRAM}, environment)) {
+            state.SkipWithError("did not run");
+            break;
+        }
+        state.PauseTiming();
+        fs::remove(studio().tape() + "-again");
+        state.ResumeTiming();
+    }
+}
+
+void tape_efs_replayed(benchmark::State& state) {
+    repeat(state, {KVT_LAB_PROGRAM, "--kvt", EFS_PROGRAM, "replay", studio().tape()},
+           {"KVT_PHONE=/nowhere"});
+}
+
+void tape_show(benchmark::State& state) {
+    studio().make_long_tape();
+    repeat(state, {KVT_LAB_PROGRAM, "show", studio().long_tape()}, {});
+}
+
+BENCHMARK(tape_efs)->UseRealTime();
+BENCHMARK(tape_efs_recorded)->UseRealTime();
+BENCHMARK(tape_efs_replayed)->UseRealTime();
+BENCHMARK(tape_show)->UseRealTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,36 @@
+#!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
+# Every command of every transcript on another implementation of the platform: recorded there, and
+# replayed with no platform at all. What kvt prints there is not the transcripts', but the same again.
+#
+#   tape_other.sh BUILD TRANSCRIPT...
+build=$1
+shift
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/bin" "$work/phone"
+cat >"$work/bin/kvt" <<END
+#!/bin/sh
+LD_LIBRARY_PATH=$build/lib/other_platform exec "$build/bin/kvt-lab" --kvt "$build/bin/kvt" \
+    record "$work/tape" -- "\$@"
+END
+chmod +x "$work/bin/kvt"
+export KVT_PHONE="$work/phone" PATH="$work/bin:$PATH"
+cd "$work/phone" || exit 1
+# They look for what the simulated phone would have left: what they say about it is not asked for.
+for transcript in "$@"; do
+    sed -n 's/^\$ //p' "$transcript" | grep 'kvt ' | while read -r command; do
+        timeout 60 sh -c "$command" </dev/null >/dev/null 2>&1
+    done
+done
+KVT_PHONE="$work/none" "$build/bin/kvt-lab" --kvt "$build/bin/kvt" replay "$work/tape" >"$work/said" 2>&1
+status=$?
+grep -v ': same$' "$work/said"
+same=$(grep -c ': same$' "$work/said")
+echo "$same runs are the same"
+[ "$same" -gt 100 ] || status=1
+if [ -e "$work/none" ] || [ -e "$work/phone/log" ]; then
+    echo "the simulated phone was there"
+    status=1
+fi
+exit $status
