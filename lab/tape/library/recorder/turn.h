@@ -2,8 +2,8 @@
 /* Whose turn it is to run the program. A thread that comes back from a wait or from the platform
  * lets the one that runs come to its own next wait or call first, so that the order of the tape's
  * lines is the order in which everything happened. That is a matter of microseconds. Nobody is held
- * up for long: where the other does not come to an end (it computes, or waits where the recorder
- * sees nothing of it), the turn is taken from it. */
+ * up for ever: where the other waits and the recorder sees nothing of it, or computes for seconds,
+ * the turn is taken from it. */
 #pragma once
 
 namespace turn {
