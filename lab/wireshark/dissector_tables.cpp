@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /* Prints, as a Lua table, what the dissector must know of names and layouts. It runs at build time;
- * kvt.lua is put behind what it prints. */
+ * the dissector's parts are put behind what it prints. */
 #include <cstdarg>
 #include <cstdio>
 #include <span>

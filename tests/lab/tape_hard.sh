@@ -147,7 +147,7 @@ KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libm.so.6" \
     "$kvt" 8 '$(env|grep^LD_PRELOAD>&2)' >/dev/null 2>&1
 KVT_TAPE=tape LD_PRELOAD="$build/lib/libtape_changed.so $recorder:libm.so.6" \
     "$kvt" 8 '`printenv${IFS}LD_PRELOAD${IFS}KVT_TAPE>children`' >/dev/null 2>&1
-# The simulated phone puts a library of its own behind them, for the AT channel.
+# The simulated phone adds its redirect of the AT channel, for the shell alone.
 [ "$(sed 's#:/proc/[0-9]*/fd/[0-9]*$##' children)" = "$build/lib/libtape_changed.so:libm.so.6" ] ||
     complain "children get: $(cat children)"
 exit $failed

@@ -1,14 +1,16 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
-# Every command of every transcript on another implementation of the platform: recorded there, and
-# replayed with no platform at all. What kvt prints there is not the transcripts', but the same again.
+# Every command of a transcript on another implementation of the platform: recorded there, and replayed
+# with no platform at all. What kvt prints there is not the transcript's, but the same again.
 #
-#   tape_other.sh BUILD TRANSCRIPT...
-build=$1
-shift
+#   tape_other.sh BUILD TRANSCRIPT
+build=$1 transcript=$2
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/bin" "$work/phone"
+# What the shell of group 8 writes goes to a file of ours, on a platform that has no channel.
+: >"$work/channel"
+export KVT_AT_REDIRECT_TO="$work/channel" LD_PRELOAD="$build/lib/libkvt_at_redirect.so"
 cat >"$work/bin/kvt" <<END
 #!/bin/sh
 LD_LIBRARY_PATH=$build/lib/other_platform exec "$build/bin/kvt-lab" --kvt "$build/bin/kvt" \
@@ -18,17 +20,16 @@ chmod +x "$work/bin/kvt"
 export KVT_PHONE="$work/phone" PATH="$work/bin:$PATH"
 cd "$work/phone" || exit 1
 # They look for what the simulated phone would have left: what they say about it is not asked for.
-for transcript in "$@"; do
-    sed -n 's/^\$ //p' "$transcript" | grep 'kvt ' | while read -r command; do
-        timeout 60 sh -c "$command" </dev/null >/dev/null 2>&1
-    done
+sed -n 's/^\$ //p' "$transcript" | grep 'kvt ' | while read -r command; do
+    timeout 60 sh -c "$command" </dev/null >/dev/null 2>&1
 done
+[ -s "$work/tape" ] || exit 0 # no command that reached the platform
 KVT_PHONE="$work/none" "$build/bin/kvt-lab" --kvt "$build/bin/kvt" replay "$work/tape" >"$work/said" 2>&1
 status=$?
 grep -v ': same$' "$work/said"
 same=$(grep -c ': same$' "$work/said")
 echo "$same runs are the same"
-[ "$same" -gt 100 ] || status=1
+[ "$same" -gt 0 ] || status=1
 if [ -e "$work/none" ] || [ -e "$work/phone/log" ]; then
     echo "the simulated phone was there"
     status=1
