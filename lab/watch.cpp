@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
 #include <poll.h>
@@ -50,7 +51,7 @@ void add_sample(Series& series, const Judgement& judgement) {
 
 std::string bar(const Scale& scale, double level) {
     const double part = std::clamp((level - scale.from) / (scale.to - scale.from), 0.0, 1.0);
-    const int filled = static_cast<int>(part * bar_width + 0.5);
+    const int filled = static_cast<int>(std::lround(part * bar_width));
     return std::string(static_cast<size_t>(filled), '#') +
            std::string(static_cast<size_t>(bar_width - filled), '.');
 }

@@ -54,15 +54,19 @@ std::string draw_panel(const Levels& levels, std::string_view unit, double y0) {
     const auto y = [&](double level) { return y0 + (high - level) / (high - low) * panel; };
 
     std::string svg;
-    for (double level = low; level <= high + step / 2; level += step)
+    for (int line = 0; line <= std::lround((high - low) / step); ++line) {
+        const double level = low + line * step;
         svg += text("<path class='grid' d='M%.0f %.1fH%.0f'/><text x='%.0f' y='%.1f' "
                     "class='end'>%g</text>\n",
                     plot_left, y(level), plot_right, plot_left - 6, y(level) + 4, level);
+    }
     const double time_step = grid_step(last, 6);
-    for (double time = 0; time <= last + time_step / 1000; time += time_step)
+    for (int line = 0; line <= static_cast<int>(last / time_step + 1e-3); ++line) {
+        const double time = line * time_step;
         svg += text("<path class='grid' d='M%.1f %.1fV%.1f'/><text x='%.1f' y='%.1f' "
                     "class='mid'>%g s</text>\n",
                     x(time), y0, y0 + panel, x(time), y0 + panel + 14, time);
+    }
     svg += text("<text x='%.0f' y='%.1f'>%.*s</text>\n", 8.0, y0 - 8, static_cast<int>(unit.size()),
                 unit.data());
     size_t row = 0;

@@ -30,6 +30,7 @@ int failed(const std::string& what) {
 /* kvt has our standard input and output: what it prints is its own. */
 int run_recorded(std::vector<std::string> words) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);

@@ -43,7 +43,7 @@ class Lock {
 /* A folder that appears whole: filled beside its target first, and gone again unless put in place. */
 class NewFolder {
   public:
-    explicit NewFolder(std::filesystem::path target);
+    explicit NewFolder(const std::filesystem::path& target);
     ~NewFolder();
     NewFolder(const NewFolder&) = delete;
     NewFolder& operator=(const NewFolder&) = delete;

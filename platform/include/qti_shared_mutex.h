@@ -11,7 +11,8 @@ namespace qtimutex {
 class QtiSharedMutex {
   public:
     __attribute__((weak)) QtiSharedMutex();
-    __attribute__((weak)) ~QtiSharedMutex();
+    __attribute__((
+        weak)) ~QtiSharedMutex(); // NOLINT(performance-trivially-destructible): the platform's
     QtiSharedMutex(const QtiSharedMutex&) = delete;
     QtiSharedMutex& operator=(const QtiSharedMutex&) = delete;
 

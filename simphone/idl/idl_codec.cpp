@@ -137,7 +137,8 @@ bool encode_element(Bytes& out, const qmi_idl_type_table_object* table, const qm
     if (e.type == QMI_IDL_AGGREGATE) {
         const std::optional<Aggregate> type = find_aggregate(table, e);
         for (uint32_t i = 0; type && i < count; ++i)
-            if (!encode_elements(out, *type, base + e.offset + i * type->entry->c_struct_sz))
+            if (!encode_elements(out, *type,
+                                 base + e.offset + size_t{i} * type->entry->c_struct_sz))
                 return false;
         return type.has_value();
     }
@@ -148,7 +149,8 @@ bool encode_element(Bytes& out, const qmi_idl_type_table_object* table, const qm
     }
     const uint32_t width = qmi_idl::struct_width(e.type);
     for (uint32_t i = 0; i < count; ++i)
-        put_le(out, load_value(base + e.offset + i * width, width), qmi_idl::wire_width(e.type));
+        put_le(out, load_value(base + e.offset + size_t{i} * width, width),
+               qmi_idl::wire_width(e.type));
     return true;
 }
 
@@ -183,7 +185,8 @@ int decode_element(ByteView& in, const qmi_idl_type_table_object* table, const q
         const std::optional<Aggregate> type = find_aggregate(table, e);
         int refused = type ? 0 : idl_unknown_message;
         for (uint32_t i = 0; refused == 0 && i < count; ++i)
-            refused = decode_elements(in, *type, base + e.offset + i * type->entry->c_struct_sz);
+            refused =
+                decode_elements(in, *type, base + e.offset + size_t{i} * type->entry->c_struct_sz);
         return refused;
     }
     if (e.type == QMI_IDL_STRING) {
@@ -198,7 +201,8 @@ int decode_element(ByteView& in, const qmi_idl_type_table_object* table, const q
         return idl_wrong_length;
     const uint32_t width = qmi_idl::struct_width(e.type);
     for (uint32_t i = 0; i < count; ++i) {
-        store_value(base + e.offset + i * width, width, field_value(e.type, get_le(in, wire)));
+        store_value(base + e.offset + size_t{i} * width, width,
+                    field_value(e.type, get_le(in, wire)));
         in = in.subspan(wire);
     }
     return 0;

@@ -102,7 +102,8 @@ Bytes NvEfs::handle(ByteView request) {
     const uint32_t sub = all[req_sub];
     const auto nv_id = static_cast<uint16_t>(get_le(all.subspan(req_nv_id), 2));
     const size_t path_len = std::min<size_t>(all[req_path_len], req_path_max);
-    const std::string path(all.begin() + req_path, all.begin() + req_path + path_len);
+    const ByteView named = all.subspan(req_path, path_len);
+    const std::string path(named.begin(), named.end());
     const auto len_all = static_cast<uint32_t>(get_le(all.subspan(req_len_all), 4));
     const auto len_send = static_cast<uint32_t>(get_le(all.subspan(req_len_send), 4));
     const auto len_cur = static_cast<uint32_t>(get_le(all.subspan(req_len_cur), 4));

@@ -155,15 +155,15 @@ int modem_api_init_client(uint32_t kind, client_indication_handler indication_ha
 }
 
 int modem_api_free_client(int32_t client_id) {
-    modem_api_client_table& table = g_modem_api_clients;
-    const bool in_table = client_id >= 0 && static_cast<size_t>(client_id) < table.slots.size();
+    constexpr size_t slots_max = std::tuple_size_v<decltype(modem_api_client_table::slots)>;
+    const bool in_table = client_id >= 0 && static_cast<size_t>(client_id) < slots_max;
     const auto id = static_cast<size_t>(client_id);
     modem_api_client found{};
     const auto find = [&] {
-        const std::lock_guard slots(table.slots_mutex);
-        if (table.slots[id] != nullptr)
-            found = *table.slots[id];
-        return table.slots[id] != nullptr;
+        const std::lock_guard slots(g_modem_api_clients.slots_mutex);
+        if (g_modem_api_clients.slots[id] != nullptr)
+            found = *g_modem_api_clients.slots[id];
+        return g_modem_api_clients.slots[id] != nullptr;
     };
     /* It would wait for its own end. */
     if (!in_table || (find() && service_client_handler_runs_here(found.kind))) {
