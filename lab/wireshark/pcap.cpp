@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 
+#include <dlfcn.h>
 #include <pcap/pcap.h>
 
 #include "tape/log_page.h"
@@ -24,16 +25,55 @@ namespace {
 
 constexpr int longest_packet = 262144; /* what readers of captures take */
 
+/* libpcap, opened by this verb alone: it brings eight libraries, which no other verb is to wait for. */
+class Library {
+  public:
+    Library() {
+        for (const char* name :
+             {"libpcap.so.0.8", "libpcap.so.1"}) /* Debian's name, and the others' */
+            if (handle_ == nullptr)
+                handle_ = ::dlopen(name, RTLD_NOW | RTLD_LOCAL);
+        const bool whole = handle_ != nullptr && find(open_dead, "pcap_open_dead") &&
+                           find(close, "pcap_close") && find(geterr, "pcap_geterr") &&
+                           find(dump_open, "pcap_dump_open") && find(dump, "pcap_dump") &&
+                           find(dump_flush, "pcap_dump_flush") &&
+                           find(dump_file, "pcap_dump_file") && find(dump_close, "pcap_dump_close");
+        if (!whole)
+            trouble_ = std::string("libpcap can't be used: ") + ::dlerror();
+    }
+
+    /* Empty when it may be used. */
+    const std::string& trouble() const { return trouble_; }
+
+    decltype(&::pcap_open_dead) open_dead = nullptr;
+    decltype(&::pcap_close) close = nullptr;
+    decltype(&::pcap_geterr) geterr = nullptr;
+    decltype(&::pcap_dump_open) dump_open = nullptr;
+    decltype(&::pcap_dump) dump = nullptr;
+    decltype(&::pcap_dump_flush) dump_flush = nullptr;
+    decltype(&::pcap_dump_file) dump_file = nullptr;
+    decltype(&::pcap_dump_close) dump_close = nullptr;
+
+  private:
+    template <typename Function> bool find(Function& function, const char* name) {
+        function = reinterpret_cast<Function>(::dlsym(handle_, name));
+        return function != nullptr;
+    }
+
+    void* handle_ = nullptr;
+    std::string trouble_;
+};
+
 /* A capture under a name of its own, until it is whole. */
 class Capture {
   public:
-    explicit Capture(const std::string& path)
-        : path_(path), aside_(path + ".new"),
-          pcap_(::pcap_open_dead(link_type, longest_packet), ::pcap_close),
-          file_(::pcap_dump_open(pcap_.get(), aside_.c_str())) {}
+    Capture(const Library& library, const std::string& path)
+        : library_(library), path_(path), aside_(path + ".new"),
+          pcap_(library.open_dead(link_type, longest_packet), library.close),
+          file_(library.dump_open(pcap_.get(), aside_.c_str())) {}
     ~Capture() {
         if (file_ != nullptr)
-            ::pcap_dump_close(file_);
+            library_.dump_close(file_);
         if (!done_)
             std::remove(aside_.c_str());
     }
@@ -62,15 +102,15 @@ class Capture {
         header.ts.tv_usec = crossing.time_us % 1000000;
         header.len = static_cast<bpf_u_int32>(packet_.size());
         header.caplen = std::min<bpf_u_int32>(header.len, longest_packet);
-        ::pcap_dump(reinterpret_cast<u_char*>(file_), &header,
-                    reinterpret_cast<const u_char*>(packet_.data()));
+        library_.dump(reinterpret_cast<u_char*>(file_), &header,
+                      reinterpret_cast<const u_char*>(packet_.data()));
     }
 
     bool finish() {
         const bool written =
-            ::pcap_dump_flush(file_) == 0 && std::ferror(::pcap_dump_file(file_)) == 0;
+            library_.dump_flush(file_) == 0 && std::ferror(library_.dump_file(file_)) == 0;
         reason_ = std::strerror(errno);
-        ::pcap_dump_close(file_);
+        library_.dump_close(file_);
         file_ = nullptr;
         if (!written)
             return false;
@@ -82,7 +122,7 @@ class Capture {
     /* Why it is not good, or not finished. */
     std::string trouble() const {
         return path_ +
-               " can't be written: " + (reason_.empty() ? ::pcap_geterr(pcap_.get()) : reason_);
+               " can't be written: " + (reason_.empty() ? library_.geterr(pcap_.get()) : reason_);
     }
 
   private:
@@ -91,6 +131,7 @@ class Capture {
             packet_[head_rows[field].at + i] = static_cast<char>(value >> (8 * i));
     }
 
+    const Library& library_;
     std::string path_, aside_, packet_, reason_;
     std::unique_ptr<pcap_t, void (*)(pcap_t*)> pcap_;
     pcap_dumper_t* file_;
@@ -137,7 +178,10 @@ int pcap(const Common&, const PcapOptions& options) {
     const bool log = is_log(text);
     if (!log && !tape.read(text, error))
         return fail(options.in + ": " + error);
-    Capture capture(options.out);
+    const Library library;
+    if (!library.trouble().empty())
+        return fail(library.trouble());
+    Capture capture(library, options.out);
     if (!capture.good())
         return fail(capture.trouble());
     bool whole;
