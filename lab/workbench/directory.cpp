@@ -109,7 +109,8 @@ Lock::~Lock() {
         ::close(fd_);
 }
 
-NewFolder::NewFolder(const fs::path& target) : target_(tidy(target)), aside_(target_.string() + ".new") {
+NewFolder::NewFolder(const fs::path& target)
+    : target_(tidy(target)), aside_(target_.string() + ".new") {
     std::error_code failed;
     fs::remove_all(aside_, failed);
     fs::create_directories(aside_, failed);
