@@ -109,6 +109,7 @@ struct Passed {
     const char* command;
     const char* call;
     size_t from;
+    const char* failure = nullptr; /* null: any */
 };
 constexpr Passed passed_over[] = {
     {"11 4", "qmi_client_send_msg_sync:vendor", 2}, /* after the write: sync and restart */
@@ -118,6 +119,8 @@ constexpr Passed passed_over[] = {
     {"5 10 1", "qmi_client_send_msg_sync:uim.0x65", 1}, /* asked again */
     {"5 10 3", "qmi_client_send_msg_sync:uim.0x65", 1},
     {"5 10 5", "qmi_client_send_msg_sync:uim.0x3f", 1}, /* closing the channel */
+    /* Published: after "service gone" the answer counts, and one that never came says success. */
+    {"9", "qmi_client_send_msg_sync:vs.0x03", 1, "gone"},
 };
 
 constexpr unsigned time_limit_s = 40;
@@ -171,7 +174,7 @@ bool needed(const std::string& command, const std::string& call, size_t nth,
         return false;
     return std::none_of(std::begin(passed_over), std::end(passed_over), [&](const Passed& row) {
         return begins(command + " ", std::string(row.command) + " ") && begins(call, row.call) &&
-               nth >= row.from;
+               nth >= row.from && (row.failure == nullptr || failure == row.failure);
     });
 }
 
