@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "find_kvt.h"
 
 namespace lab::tape {
@@ -27,6 +30,13 @@ std::string find_library(const std::string& name, std::string& error) {
     error = (folders.front() / name).lexically_normal().string() +
             " is not there: build the whole lab, or set KVT_TAPE_LIBRARIES";
     return "";
+}
+
+std::string preloadable(const std::string& path) {
+    if (path.find_first_of(": ") == std::string::npos)
+        return path;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC); /* ours until we end */
+    return fd < 0 ? path : "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(fd);
 }
 
 } // namespace lab::tape

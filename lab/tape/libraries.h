@@ -10,4 +10,8 @@ namespace lab::tape {
  * seen from our program's. Empty, with a message, when it is not there. */
 std::string find_library(const std::string& name, std::string& error);
 
+/* A library as LD_PRELOAD takes it, where blanks and colons part the entries: its path, or one without
+ * them that holds as long as we run. */
+std::string preloadable(const std::string& path);
+
 } // namespace lab::tape

@@ -62,7 +62,7 @@ int record(const Common& common, const RecordOptions& options) {
     const char* const preload = std::getenv("LD_PRELOAD");
     const std::string behind =
         preload != nullptr && *preload != '\0' ? std::string(":") + preload : "";
-    ::setenv("LD_PRELOAD", (library + behind).c_str(), 1);
+    ::setenv("LD_PRELOAD", (tape::preloadable(library) + behind).c_str(), 1);
     std::vector<std::string> words = options.command;
     words.insert(words.begin(), kvt);
     if (!options.redact) {

@@ -104,9 +104,10 @@ bool replay_run(const std::string& kvt, const std::string& libraries, const Scri
                (rest != nullptr && *rest != '\0' ? std::string(":") + rest : "");
     };
     /* Named as one of the platform's libraries, it is also what kvt finds under the other names. */
+    static const std::string preloaded = preloadable(libraries + "/libqmi_cci.so");
     request.environment = {in_front("LD_LIBRARY_PATH", libraries),
-                           in_front("LD_PRELOAD", libraries + "/libqmi_cci.so"),
-                           "KVT_REPLAY=" + file.name(), "KVT_REPLAY_REPORT=" + report.name()};
+                           in_front("LD_PRELOAD", preloaded), "KVT_REPLAY=" + file.name(),
+                           "KVT_REPLAY_REPORT=" + report.name()};
     request.limit = spare_time;
     for (const ScriptEvent& event : script.events)
         request.limit = std::max<std::chrono::milliseconds>(
