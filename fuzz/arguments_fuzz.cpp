@@ -3,6 +3,7 @@
  * is the arguments, NUL between them. Each input meets a fresh phone; sleeps take no time and no
  * shell runs. */
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -40,5 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (std::string& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
-    return kvt_main(static_cast<int>(words.size()), argv.data());
+    const int status = kvt_main(static_cast<int>(words.size()), argv.data());
+    ::funlockfile(stdout); /* a run keeps it to its end, which does not come here */
+    return status;
 }
