@@ -3,15 +3,12 @@
  * same libraries; and kvt-lab, which tells how a read went, against the read alone. */
 #include <cstdlib>
 #include <filesystem>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
+#include "run_program.h"
 
 namespace {
 
@@ -29,38 +26,26 @@ struct Phone {
     }
 };
 
-void run(benchmark::State& state, const char* program, std::initializer_list<const char*> words) {
-    static Phone phone;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    std::vector<char*> argv = {const_cast<char*>(program)};
-    for (const char* const word : words)
-        argv.push_back(const_cast<char*>(word));
-    argv.push_back(nullptr);
-    char* const envp[] = {phone.setting.data(), nullptr};
+void run(benchmark::State& state, const std::vector<std::string>& words) {
+    static const Phone phone;
     for (auto _ : state) {
-        pid_t pid = 0;
-        int status = -1;
-        if (posix_spawn(&pid, program, &actions, nullptr, argv.data(), envp) != 0 ||
-            waitpid(pid, &status, 0) != pid || status != 0) {
+        if (!run_program(words, {phone.setting})) {
             state.SkipWithError("did not run");
             break;
         }
     }
-    posix_spawn_file_actions_destroy(&actions);
 }
 
-void process_one_line(benchmark::State& state) { run(state, ONE_LINE_PROGRAM, {"1"}); }
-void process_kvt(benchmark::State& state) { run(state, KVT_PROGRAM, {"1"}); }
+void process_one_line(benchmark::State& state) { run(state, {ONE_LINE_PROGRAM, "1"}); }
+void process_kvt(benchmark::State& state) { run(state, {KVT_PROGRAM, "1"}); }
 
 BENCHMARK(process_one_line)->UseRealTime();
 BENCHMARK(process_kvt)->UseRealTime();
 
 #ifdef KVT_LAB_PROGRAM
-void process_read(benchmark::State& state) { run(state, KVT_PROGRAM, {"4", "1", "0", "550"}); }
+void process_read(benchmark::State& state) { run(state, {KVT_PROGRAM, "4", "1", "0", "550"}); }
 void process_check(benchmark::State& state) {
-    run(state, KVT_LAB_PROGRAM, {"check", "4", "1", "0", "550"});
+    run(state, {KVT_LAB_PROGRAM, "check", "4", "1", "0", "550"});
 }
 
 BENCHMARK(process_read)->UseRealTime();

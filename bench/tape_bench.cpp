@@ -11,9 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
+#include "run_program.h"
 
 namespace fs = std::filesystem;
 
@@ -22,27 +20,6 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr size_t long_tape_size = 100'000'000;
-
-/* False when it does not run or its status is not 0. */
-bool run(Words words, Words environment) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    std::vector<char*> argv, envp;
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    for (std::string& entry : environment)
-        envp.push_back(entry.data());
-    argv.push_back(nullptr);
-    envp.push_back(nullptr);
-    pid_t pid = 0;
-    int status = -1;
-    const bool good =
-        posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) == 0 &&
-        waitpid(pid, &status, 0) == pid && status == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    return good;
-}
 
 /* A phone, and tapes of it. */
 struct Studio {
@@ -57,7 +34,7 @@ struct Studio {
         if (::mkdtemp(name.data()) != nullptr)
             folder = name;
         phone = "KVT_PHONE=" + (folder / "phone").string();
-        run({EFS_PROGRAM}, recorder());
+        run_program({EFS_PROGRAM}, recorder());
     }
     ~Studio() {
         std::error_code ignored;
@@ -93,7 +70,7 @@ Studio& studio() {
 
 void repeat(benchmark::State& state, const Words& words, const Words& environment) {
     for (auto _ : state) {
-        if (!run(words, environment)) {
+        if (!run_program(words, environment)) {
             state.SkipWithError("did not run");
             break;
         }
@@ -106,7 +83,7 @@ void tape_efs_recorded(benchmark::State& state) {
     Words environment = studio().recorder();
     environment.back() += "-again";
     for (auto _ : state) {
-        if (!run({EFS_PROGRAM}, environment)) {
+        if (!run_program({EFS_PROGRAM}, environment)) {
             state.SkipWithError("did not run");
             break;
         }

@@ -3,6 +3,7 @@
 # kvt_version holds both as generated/kvt_version.h, made anew with every build and rewritten only when
 # it changes. Run as a script (cmake -P) it does the writing.
 if(CMAKE_SCRIPT_MODE_FILE)
+  cmake_minimum_required(VERSION 3.25)
   set(DESCRIPTION "")
   if(EXISTS ${SOURCE}/.git)
     execute_process(COMMAND git -C ${SOURCE} describe --tags --always --dirty

@@ -16,6 +16,15 @@ extern char** environ;
 
 namespace lab {
 
+std::vector<char*> pointers(std::vector<std::string>& words) {
+    std::vector<char*> result;
+    result.reserve(words.size() + 1);
+    for (std::string& word : words)
+        result.push_back(word.data());
+    result.push_back(nullptr);
+    return result;
+}
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -45,15 +54,6 @@ int start(pid_t& pid, char* const* argv, char* const* environment, int output, b
     ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&files);
     return error;
-}
-
-std::vector<char*> pointers(std::vector<std::string>& words) {
-    std::vector<char*> result;
-    result.reserve(words.size() + 1);
-    for (std::string& word : words)
-        result.push_back(word.data());
-    result.push_back(nullptr);
-    return result;
 }
 
 /* Our environment with the settings put in place of those of the same name. */

@@ -45,6 +45,9 @@ struct ProcessResult {
  * holds the pipe open. */
 ProcessResult run_process(const ProcessRequest& request);
 
+/* The words as exec takes them, with a null behind; they must outlive it. */
+std::vector<char*> pointers(std::vector<std::string>& words);
+
 /* One sentence for a person: "ended with status 1", "was killed by signal 9 (Killed)". */
 std::string how_it_ended(const ProcessResult& result);
 

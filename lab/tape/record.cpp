@@ -13,6 +13,7 @@
 
 #include "find_kvt.h"
 #include "phone/record_on_phone.h"
+#include "process.h"
 #include "tape/libraries.h"
 #include "tape/redact.h"
 
@@ -29,11 +30,7 @@ int failed(const std::string& what) {
 
 /* kvt has our standard input and output: what it prints is its own. */
 int run_recorded(std::vector<std::string> words) {
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
+    const std::vector<char*> argv = pointers(words);
     pid_t pid = 0;
     if (const int error = ::posix_spawn(&pid, argv[0], nullptr, nullptr, argv.data(), environ))
         return failed(words[0] + ": " + std::strerror(error));

@@ -29,10 +29,9 @@ constexpr int longest_packet = 262144; /* what readers of captures take */
 class Library {
   public:
     Library() {
-        for (const char* name :
-             {"libpcap.so.0.8", "libpcap.so.1"}) /* Debian's name, and the others' */
-            if (handle_ == nullptr)
-                handle_ = ::dlopen(name, RTLD_NOW | RTLD_LOCAL);
+        handle_ = ::dlopen("libpcap.so.0.8", RTLD_NOW | RTLD_LOCAL); /* Debian's name for it */
+        if (handle_ == nullptr)
+            handle_ = ::dlopen("libpcap.so.1", RTLD_NOW | RTLD_LOCAL);
         const bool whole = handle_ != nullptr && find(open_dead, "pcap_open_dead") &&
                            find(close, "pcap_close") && find(geterr, "pcap_geterr") &&
                            find(dump_open, "pcap_dump_open") && find(dump, "pcap_dump") &&

@@ -11,8 +11,8 @@ namespace qtimutex {
 class QtiSharedMutex {
   public:
     __attribute__((weak)) QtiSharedMutex();
-    __attribute__((
-        weak)) ~QtiSharedMutex(); // NOLINT(performance-trivially-destructible): the platform's
+    // NOLINTNEXTLINE(performance-trivially-destructible): the platform's own
+    __attribute__((weak)) ~QtiSharedMutex();
     QtiSharedMutex(const QtiSharedMutex&) = delete;
     QtiSharedMutex& operator=(const QtiSharedMutex&) = delete;
 

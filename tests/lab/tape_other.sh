@@ -23,7 +23,10 @@ cd "$work/phone" || exit 1
 sed -n 's/^\$ //p' "$transcript" | grep 'kvt ' | while read -r command; do
     timeout 60 sh -c "$command" </dev/null >/dev/null 2>&1
 done
-[ -s "$work/tape" ] || exit 0 # no command that reached the platform
+[ -s "$work/tape" ] || {
+    echo "nothing was recorded"
+    exit 1
+}
 KVT_PHONE="$work/none" "$build/bin/kvt-lab" --kvt "$build/bin/kvt" replay "$work/tape" >"$work/said" 2>&1
 status=$?
 grep -v ': same$' "$work/said"

@@ -36,7 +36,10 @@ KVT_PROGRAM="$work/record" "$build/bin/transcript_test" --gtest_filter="$test" >
     cat "$work/out"
     exit 1
 }
-[ -s "$KVT_TEST_TAPE" ] || exit 0 # no command of kvt's in it
+[ -s "$KVT_TEST_TAPE" ] || {
+    echo "nothing was recorded"
+    exit 1
+}
 [ -z "$KVT_TEST_ARM64" ] && mkdir -p "$build/Testing/tapes" && cp "$KVT_TEST_TAPE" "$build/Testing/tapes/$test.tape"
 
 replayed=$build/bin/kvt

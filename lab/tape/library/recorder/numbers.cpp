@@ -53,25 +53,19 @@ int add_handle(const void* handle, const void* os_params) {
     return g_handles.add(handle, os_params);
 }
 
-int of_handle(const void* handle) {
-    if (handle == nullptr)
+/* The newest handle's of which this is the value. */
+static int of_newest(const void* Number::*value, const void* wanted) {
+    if (wanted == nullptr)
         return 0;
     const Guard guard;
     for (int i = g_handles.count; i > 0; --i)
-        if (g_handles.rows[i - 1].what == handle)
+        if (g_handles.rows[i - 1].*value == wanted)
             return i;
     return -1;
 }
 
-int of_signal(const void* os_params) {
-    if (os_params == nullptr)
-        return 0;
-    const Guard guard;
-    for (int i = g_handles.count; i > 0; --i)
-        if (g_handles.rows[i - 1].os_params == os_params)
-            return i;
-    return -1;
-}
+int of_handle(const void* handle) { return of_newest(&Number::what, handle); }
+int of_signal(const void* os_params) { return of_newest(&Number::os_params, os_params); }
 
 int of_pointer(const void* pointer, bool add) {
     if (pointer == nullptr)

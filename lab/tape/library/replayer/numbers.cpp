@@ -11,23 +11,19 @@ void add_handle(const void* handle, int number, const void* os_params) {
     g_state.handles.push_back({handle, number, os_params});
 }
 
-int handle_number(const void* handle) {
-    if (handle == nullptr)
+/* The newest handle's of which this is the value. */
+static int newest_number(const void* State::Handle::*value, const void* wanted) {
+    if (wanted == nullptr)
         return 0;
     const Order::Lock lock(g_state.order.mutex());
     const auto it = std::find_if(g_state.handles.rbegin(), g_state.handles.rend(),
-                                 [&](const State::Handle& row) { return row.raw == handle; });
+                                 [&](const State::Handle& row) { return row.*value == wanted; });
     return it != g_state.handles.rend() ? it->number : -1;
 }
 
+int handle_number(const void* handle) { return newest_number(&State::Handle::raw, handle); }
 int signal_number(const void* os_params) {
-    if (os_params == nullptr)
-        return 0;
-    const Order::Lock lock(g_state.order.mutex());
-    const auto it =
-        std::find_if(g_state.handles.rbegin(), g_state.handles.rend(),
-                     [&](const State::Handle& row) { return row.os_params == os_params; });
-    return it != g_state.handles.rend() ? it->number : -1;
+    return newest_number(&State::Handle::os_params, os_params);
 }
 
 namespace {
