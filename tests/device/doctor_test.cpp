@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -142,7 +141,8 @@ TEST_F(DoctorTest, FindsTheSimulatedPhoneWholeAndSendsItNothing) {
     EXPECT_EQ(outcome.output.find("cannot"), std::string::npos) << outcome.output;
     const std::string log = phone_log();
     EXPECT_NE(log.find("qmi_client_get_service_list:vendor"), std::string::npos) << log;
-    EXPECT_FALSE(std::regex_search(log, std::regex(" (qmi|diag|modem) "))) << log;
+    for (const char* const traffic : {" qmi ", " diag ", " modem "})
+        EXPECT_EQ(log.find(traffic), std::string::npos) << log;
     EXPECT_EQ(log.find("property_set"), std::string::npos) << log;
     EXPECT_EQ(log.find("qmi_client_init"), std::string::npos) << log;
 }

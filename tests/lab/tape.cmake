@@ -17,7 +17,7 @@ endif()
 
 foreach(NAME redact twin hard)
   add_test(NAME Tape.${NAME} COMMAND sh ${TAPE}/tape_${NAME}.sh ${CMAKE_BINARY_DIR})
-  set_tests_properties(Tape.${NAME} PROPERTIES TIMEOUT 240)
+  set_tests_properties(Tape.${NAME} PROPERTIES TIMEOUT 240 COST 50)
 endforeach()
 
 # Every command of every transcript and page.
@@ -52,6 +52,5 @@ target_link_libraries(tape_changed PRIVATE ${CMAKE_DL_LIBS})
 foreach(FILE ${TRANSCRIPTS})
   get_filename_component(NAME ${FILE} NAME_WE)
   add_test(NAME Tape.other.${NAME} COMMAND sh ${TAPE}/tape_other.sh ${CMAKE_BINARY_DIR} ${FILE})
-  set_tests_properties(Tape.other.${NAME} PROPERTIES TIMEOUT 600)
+  set_tests_properties(Tape.other.${NAME} PROPERTIES TIMEOUT 600 COST 20)
 endforeach()
-set_tests_properties(Tape.other.smart Tape.other.esim PROPERTIES COST 90) # they mostly wait, so first
