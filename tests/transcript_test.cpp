@@ -23,12 +23,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <re2/re2.h>
 #include <sys/wait.h>
 
 #include "scratch.h"
@@ -55,9 +55,12 @@ Result run(const std::string& command) {
 }
 
 std::string masked(const std::string& text) {
-    static const std::regex lines(R"((RIL\[\w+|\.cpp):\d+\])");
-    static const std::regex stamps(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \d+ )");
-    return std::regex_replace(std::regex_replace(text, lines, "$1:#]"), stamps, "");
+    static const RE2 lines(R"((RIL\[\w+|\.cpp):\d+\])", RE2::Latin1);
+    static const RE2 stamps(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \d+ )", RE2::Latin1);
+    std::string result = text;
+    RE2::GlobalReplace(&result, lines, R"(\1:#])");
+    RE2::GlobalReplace(&result, stamps, "");
+    return result;
 }
 
 class TranscriptTest : public testing::Test {

@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <re2/re2.h>
 
 #include "command_line.h"
 #include "help.h"
@@ -58,7 +58,8 @@ std::string transcripts() {
             std::ifstream in(entry.path());
             all += std::string((std::istreambuf_iterator<char>(in)), {}) + "\n";
         }
-    return std::regex_replace(all, std::regex(":#\\]"), ":1]");
+    RE2::GlobalReplace(&all, R"(:#\])", ":1]");
+    return all;
 }
 
 TEST(Catalogue, looks_for_nothing_that_no_transcript_shows) {

@@ -19,12 +19,13 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <re2/re2.h>
 
 #include "process.h"
 #include "scratch.h"
@@ -97,11 +98,11 @@ const std::vector<std::string> short_failures = {"error -16", "empty", "garbage"
 const std::vector<std::string> shortest_failures = {"garbage"}; /* at full length, sleeps and all */
 
 /* Words that tell a failure; no level, and no duration. */
-const std::regex
-    told("[Ff]ail|FAIL|[Ee]rror|[Ii]nvalid|not |Unable|Could|time ?out|-[0-9]+(?![0-9.])|"
-         "UNKNOWN|DOWN|empty|stoped|stop waiting|vailid = 0|conf = [1-9]");
+const RE2 told("[Ff]ail|FAIL|[Ee]rror|[Ii]nvalid|not |Unable|Could|time ?out|-[0-9]+([^0-9.]|$)|"
+               "UNKNOWN|DOWN|empty|stoped|stop waiting|vailid = 0|conf = [1-9]",
+               RE2::Latin1);
 /* The line that tells a success, where a command has one. */
-const std::regex success("^(success|value=SUCCEED|eID=|data len|rsp data|SAR DSI: [0-9])");
+const RE2 success("^(success|value=SUCCEED|eID=|data len|rsp data|SAR DSI: [0-9])", RE2::Latin1);
 
 /* Requests whose failure ends no command: from that request of its kind on the command goes on, and
  * may still tell a success. */
@@ -132,10 +133,13 @@ fs::path work;
  * counts the wait, nor how often and how many services were seen until the client was open; and
  * lines in whatever order their threads wrote them. */
 std::string steady(const std::string& text) {
-    static const std::regex moving(
+    static const RE2 moving(
         R"(handle = \d+|ORVIK_QMI_NV: .*\n|num_(entries|services) = \d+|:\d+\]|0x[0-9a-f]{6,}|)"
-        R"(RIL.orvik_diag_cmd_send_with_result_wait_thread_proc.*\n|client ID = \d+)");
-    std::istringstream in(std::regex_replace(text, moving, ""));
+        R"(RIL.orvik_diag_cmd_send_with_result_wait_thread_proc.*\n|client ID = \d+)",
+        RE2::Latin1);
+    std::string still = text;
+    RE2::GlobalReplace(&still, moving, "");
+    std::istringstream in(still);
     std::vector<std::string> lines;
     for (std::string line; std::getline(in, line);)
         lines.push_back(line + "\n");
@@ -151,7 +155,7 @@ bool tells_failure(const std::string& output, const std::string& good) {
     const std::string expected = steady(good);
     std::istringstream lines(steady(output));
     for (std::string line; std::getline(lines, line);)
-        if (expected.find(line + "\n") == std::string::npos && std::regex_search(line, told))
+        if (expected.find(line + "\n") == std::string::npos && RE2::PartialMatch(line, told))
             return true;
     return false;
 }
@@ -159,7 +163,7 @@ bool tells_failure(const std::string& output, const std::string& good) {
 bool tells_success(const std::string& output) {
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);)
-        if (std::regex_search(line, success))
+        if (RE2::PartialMatch(line, success))
             return true;
     return false;
 }
