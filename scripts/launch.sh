@@ -18,7 +18,10 @@ build() {
     . "$ROOT/scripts/lib.sh"
     mkdir -p "$ROOT/build" || return 1
     exec 9>"$ROOT/build/.lock"
-    flock 9 # one installation and one build at a time; the next finds it done
+    flock -n 9 || { # one installation and one build at a time; the next finds it done
+        say "Waiting for another build"
+        flock 9
+    }
     if ! up_to_date; then
         need "$packages" || return 1
         [ -e "$built" ] || say "Building $program (once)"
@@ -27,7 +30,7 @@ build() {
         grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$ROOT" "$ROOT/build/CMakeCache.txt" && how=
         # shellcheck disable=SC2086 # no word or three
         quietly cmake -S "$ROOT" -B "$ROOT/build" $how &&
-            quietly cmake --build "$ROOT/build" -j "$(nproc)" --target kvt "$program" &&
+            with_progress cmake --build "$ROOT/build" -j "$(nproc)" --target kvt "$program" &&
             mv "$built.started" "$built"
     fi
     exec 9>&-
