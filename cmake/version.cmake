@@ -21,7 +21,7 @@ set(KVT_VERSION_HEADER ${CMAKE_BINARY_DIR}/generated/kvt_version.h)
 add_custom_target(kvt_version_header
   COMMAND ${CMAKE_COMMAND} -D SOURCE=${PROJECT_SOURCE_DIR} -D VERSION=${PROJECT_VERSION}
     -D OUTPUT=${KVT_VERSION_HEADER} -P ${CMAKE_CURRENT_LIST_FILE}
-  BYPRODUCTS ${KVT_VERSION_HEADER} COMMENT "")
+  BYPRODUCTS ${KVT_VERSION_HEADER} COMMENT "Which kvt this is")
 add_library(kvt_version INTERFACE)
 target_include_directories(kvt_version INTERFACE ${CMAKE_BINARY_DIR}/generated)
 add_dependencies(kvt_version kvt_version_header)
