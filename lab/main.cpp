@@ -34,26 +34,28 @@ template <typename Options> Options& kept() {
 /* What stood behind the first "--". */
 std::vector<std::string> g_behind_mark;
 
-/* Everything behind the options, or behind "--", is kvt's own command line. */
-void takes_command(CLI::App& app, std::vector<std::string>& command) {
-    app.prefix_command();
-    app.callback([&] {
-        command = app.remaining();
-        command.insert(command.end(), g_behind_mark.begin(), g_behind_mark.end());
-    });
-}
+constexpr const char* as_kvt_takes_them =
+    "group, sub-command and arguments, as kvt takes them; after -- whatever they are";
 
-/* The words of a command of kvt; our own options may stand behind them too. */
+/* The words of a command of kvt; our own options may stand behind them too, unless "--" was before. */
 void takes_words(CLI::App& app, std::vector<std::string>& words, const char* meaning) {
     app.add_option("COMMAND", words, meaning);
     app.callback([&] { words.insert(words.end(), g_behind_mark.begin(), g_behind_mark.end()); });
+}
+
+/* CLI11's own check would complain before a word that is no subcommand is named. */
+void needs_subcommand(CLI::App& app) {
+    app.final_callback([&] {
+        if (app.get_subcommands().empty())
+            throw CLI::RequiredError("A subcommand");
+    });
 }
 
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     RunOptions& options = kept<RunOptions>();
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
         ->type_name("SECONDS");
-    takes_command(app, options.command);
+    takes_words(app, options.command, as_kvt_takes_them);
     chosen = [&] { return run(common, options); };
 }
 
@@ -72,7 +74,7 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
         ->type_name("SECONDS")
         ->check(CLI::PositiveNumber);
-    takes_words(app, options.command, "group, sub-command and arguments, as kvt takes them");
+    takes_words(app, options.command, as_kvt_takes_them);
     chosen = [&] { return check(common, options); };
 }
 
@@ -162,7 +164,7 @@ void read_record(CLI::App& app, const Common& common, std::function<int()>& chos
     RecordOptions& options = kept<RecordOptions>();
     app.add_option("TAPE", options.tape, "the file that the run is added to")->required();
     app.add_flag("--redact", options.redact, "keep nothing private, as redact does");
-    takes_command(app, options.command);
+    takes_words(app, options.command, as_kvt_takes_them);
     chosen = [&] { return record(common, options); };
 }
 
@@ -171,7 +173,7 @@ void read_replay(CLI::App& app, const Common& common, std::function<int()>& chos
     app.add_option("TAPE", options.tape, "the recorded runs")->required();
     app.add_option("--only", options.only, "this run alone, from 1");
     app.add_flag("--as-recorded", options.as_recorded, "let the platform take its time again");
-    takes_command(app, options.command);
+    takes_words(app, options.command, as_kvt_takes_them);
     chosen = [&] { return replay(common, options); };
 }
 
@@ -191,7 +193,7 @@ void read_pcap(CLI::App& app, const Common& common, std::function<int()>& chosen
 /* One more level: an action, and what it takes. */
 void read_phone(CLI::App& app, const Common&, std::function<int()>& chosen) {
     workbench::Options& options = kept<workbench::Options>();
-    app.require_subcommand(1);
+    needs_subcommand(app);
     for (const workbench::Action& action : workbench::actions) {
         CLI::App& sub = *app.add_subcommand(action.name, action.meaning);
         if (*action.words != '\0')
@@ -248,9 +250,11 @@ constexpr Verb verbs[] = {
 
 int run(int argc, char** argv) {
     CLI::App app{"The lab around kvt, the modem test tool.", "kvt-lab"};
-    app.require_subcommand(1);
+    needs_subcommand(app);
     app.set_version_flag("--version", "kvt-lab " KVT_VERSION " (" KVT_GIT ")");
-    app.failure_message(CLI::FailureMessage::help);
+    app.failure_message([](const CLI::App* asked, const CLI::Error& error) {
+        return std::string("kvt-lab: ") + error.what() + "\n" + asked->help();
+    });
     Common common;
     app.add_option("--kvt", common.kvt,
                    "path of kvt (otherwise KVT_PROGRAM, beside kvt-lab, PATH)");
