@@ -1,15 +1,17 @@
 # SPDX-License-Identifier: Apache-2.0
-# Which kvt this is: the project's version, and what git says of the sources where they are a clone.
+# Which kvt this is: the project's version, and what git says of the sources: in a clone git itself, in
+# what git exported packaging/git_description, which git fills in.
 # kvt_version holds both as generated/kvt_version.h, made anew with every build and rewritten only when
 # it changes. Run as a script (cmake -P) it does the writing.
 if(CMAKE_SCRIPT_MODE_FILE)
   cmake_minimum_required(VERSION 3.25)
-  set(DESCRIPTION "")
+  file(STRINGS ${SOURCE}/packaging/git_description DESCRIPTION)
+  string(STRIP "${DESCRIPTION}" DESCRIPTION)
   if(EXISTS ${SOURCE}/.git)
     execute_process(COMMAND git -C ${SOURCE} describe --tags --always --dirty
       OUTPUT_VARIABLE DESCRIPTION OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
   endif()
-  if(DESCRIPTION STREQUAL "")
+  if(DESCRIPTION STREQUAL "" OR DESCRIPTION MATCHES "Format:")
     set(DESCRIPTION "no git")
   endif()
   file(CONFIGURE OUTPUT ${OUTPUT} @ONLY CONTENT
