@@ -51,6 +51,10 @@ nlohmann-json3-dev json-devel nlohmann-json
 libtomlplusplus-dev tomlplusplus-devel tomlplusplus
 libpugixml-dev pugixml-devel pugixml
 libpcap-dev libpcap-devel libpcap
+libre2-dev re2-devel re2
+jq jq jq
+python3 python3 python
+python3-jsonschema python3-jsonschema python-jsonschema
 tshark wireshark-cli wireshark-cli
 libsimdjson-dev simdjson-devel simdjson
 libgtest-dev gtest-devel gtest
