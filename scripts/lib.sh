@@ -13,7 +13,12 @@ build_depends() {
         inside {
             name = $1
             sub(/,$/, "", name)
-            if (match($0, /<!.*>/) && index(profiles, " " substr($0, RSTART + 2, RLENGTH - 3) " "))
+            asked = left_out = 0
+            for (rest = $0; match(rest, /<![^>]*>/); rest = substr(rest, RSTART + RLENGTH)) {
+                ++asked
+                left_out += index(profiles, " " substr(rest, RSTART + 2, RLENGTH - 3) " ") > 0
+            }
+            if (asked && left_out == asked)
                 next
             if (name != "debhelper-compat")
                 print name
