@@ -145,6 +145,7 @@ preset() {
     shift
     launcher=
     command -v ccache >/dev/null && launcher=-DCMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_SLOPPINESS=pch_defines,time_macros # else what uses a precompiled header is compiled again
     say "Building $name"
     quietly cmake --preset "$name" $launcher &&
         with_progress cmake --build --preset "$name" -j "$(nproc)" ${1:+--target "$@"}
