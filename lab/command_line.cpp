@@ -94,7 +94,14 @@ bool read_command_line(const std::vector<std::string>& words, CommandLine& line,
     size_t next;
     line.row = find_command(catalogue(), words, next);
     if (line.row == nullptr) {
-        error = "kvt has no command " + quoted(line.text()) + "; kvt-lab describe shows them";
+        const bool glued = std::any_of(words.begin(), words.end(), [](const std::string& word) {
+            return word.find(' ') != std::string::npos;
+        });
+        error = words.empty()       ? "a command is missing"
+                : words[0] == "kvt" ? "a command is meant without the word kvt"
+                : glued ? "a command's words are arguments of their own: " + quoted(line.text())
+                        : "kvt has no command " + quoted(line.text());
+        error += "; kvt-lab describe shows them";
         return false;
     }
     for (const Argument& argument : line.row->arguments) {

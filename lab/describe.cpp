@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "command_line.h"
 #include "phrases.h"
 #include "verbs.h"
 
@@ -87,8 +88,10 @@ int describe(const Common&, const DescribeOptions& options) {
         }
         found = true;
     }
-    if (!found)
-        std::fprintf(stderr, "kvt-lab: kvt has no such command; kvt-lab describe shows them\n");
+    CommandLine line;
+    std::string error;
+    if (!found && !read_command_line(options.words, line, error))
+        std::fprintf(stderr, "kvt-lab: %s\n", error.c_str());
     return found ? 0 : 2;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /* kvt-lab: reads the command line and hands it to the verb. */
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -31,8 +32,9 @@ template <typename Options> Options& kept() {
     return options;
 }
 
-/* What stood behind the first "--". */
+/* What stood behind the first "--", and whether there was one. */
 std::vector<std::string> g_behind_mark;
+bool g_marked;
 
 constexpr const char* as_kvt_takes_them =
     "group, sub-command and arguments, as kvt takes them; after -- whatever they are";
@@ -50,6 +52,21 @@ void needs_subcommand(CLI::App& app) {
             throw CLI::RequiredError("A subcommand");
     });
 }
+
+/* CLI11's own ranges tell their bounds with three hundred digits. */
+CLI::Validator number(const char* what, double least, double most) {
+    return CLI::Validator(
+        [=](const std::string& text) {
+            double value = 0;
+            const bool good =
+                CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
+            return good ? std::string() : "'" + text + "' is not " + what;
+        },
+        "");
+}
+const CLI::Validator positive = number("a number of seconds", 0.001, 1e9);
+const CLI::Validator whole = number("a number of times", 0, 4e9);
+const CLI::Validator up_to_a_day = number("a number of seconds up to 86400", 0, 86400);
 
 void read_run(CLI::App& app, const Common& common, std::function<int()>& chosen) {
     RunOptions& options = kept<RunOptions>();
@@ -73,7 +90,7 @@ void read_check(CLI::App& app, const Common& common, std::function<int()>& chose
     app.add_flag("--output", options.output, "kvt's own output, to standard error");
     app.add_option("--timeout", options.timeout_s, "seconds until kvt is ended")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(positive);
     takes_words(app, options.command, as_kvt_takes_them);
     chosen = [&] { return check(common, options); };
 }
@@ -112,10 +129,10 @@ void read_watch(CLI::App& app, const Common& common, std::function<int()>& chose
     WatchOptions& options = kept<WatchOptions>();
     app.add_option("--every", options.every_s, "seconds from one asking to the next (1)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 86400.0));
+        ->check(up_to_a_day);
     app.add_option("--count", options.count, "ends after so many (until Ctrl-C)")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+        ->check(whole);
     app.add_option("--sub", options.sub, "subscription (0)")->type_name("SUB");
     app.add_option("--out", options.out, "keep the levels in this file: FILE.svg, or else CSV")
         ->type_name("FILE");
@@ -165,7 +182,15 @@ void read_record(CLI::App& app, const Common& common, std::function<int()>& chos
     app.add_option("TAPE", options.tape, "the file that the run is added to")->required();
     app.add_flag("--redact", options.redact, "keep nothing private, as redact does");
     takes_words(app, options.command, as_kvt_takes_them);
-    chosen = [&] { return record(common, options); };
+    chosen = [&] {
+        /* With the tape's name forgotten, the next word would be the group. */
+        const bool is_number = options.tape.find_first_not_of("0123456789") == std::string::npos;
+        if (g_marked || (!is_number && !options.command.empty()))
+            return record(common, options);
+        std::fprintf(stderr, "kvt-lab: record takes a tape's name and then a command: "
+                             "kvt-lab record first.tape 4 1 0 550\n");
+        return 2;
+    };
 }
 
 void read_replay(CLI::App& app, const Common& common, std::function<int()>& chosen) {
@@ -269,17 +294,24 @@ int run(int argc, char** argv) {
     }
     const auto mark = std::find_if(argv, argv + argc,
                                    [](const char* word) { return std::strcmp(word, "--") == 0; });
-    if (mark != argv + argc)
+    g_marked = mark != argv + argc;
+    if (g_marked)
         g_behind_mark.assign(mark + 1, argv + argc);
     try {
         app.parse(static_cast<int>(mark - argv), argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
+    int status = 2;
     for (size_t i = 0; i < std::size(verbs); ++i)
         if (apps[i]->parsed())
-            return actions[i]();
-    return 2;
+            status = actions[i]();
+    errno = 0;
+    if ((std::fflush(stdout) == 0 && std::ferror(stdout) == 0) || errno == EPIPE)
+        return status;
+    std::fprintf(stderr, "kvt-lab: standard output: %s\n",
+                 errno != 0 ? std::strerror(errno) : "not all could be written");
+    return status != 0 ? status : 5;
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <fstream>
-#include <iterator>
-
 #include "plan.h"
+#include "tape/format.h"
 #include "toml_fields.h"
 
 namespace lab {
@@ -147,12 +145,9 @@ class PlanLoader {
 } // namespace
 
 bool load_plan(const std::string& path, Plan& plan, std::string& error) {
-    std::ifstream in(path, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(in)), {});
-    if (!in.is_open() || in.bad()) {
-        error = path + ": can't be read";
+    std::string text;
+    if (!tape::read_file(path, text, error))
         return false;
-    }
     TomlText source;
     source.name = path;
     source.parse(text, [&](const toml::table& root) { PlanLoader(source, plan).load(root); });

@@ -4,6 +4,7 @@
 #   ROOT      the repository
 #   program   the program, which is also the target's name
 #   packages  which part's packages it needs (lib.sh): tool, lab
+#   targets   what is built beside kvt
 #   folders   where its sources lie
 # shellcheck shell=sh disable=SC2154 # set by the file that sources this one
 built=$ROOT/build/.built-$program
@@ -30,7 +31,7 @@ build() {
         grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$ROOT" "$ROOT/build/CMakeCache.txt" && how=
         # shellcheck disable=SC2086 # no word or three
         quietly cmake -S "$ROOT" -B "$ROOT/build" $how &&
-            with_progress cmake --build "$ROOT/build" -j "$(nproc)" --target kvt "$program" &&
+            with_progress cmake --build "$ROOT/build" -j "$(nproc)" --target kvt $targets &&
             mv "$built.started" "$built"
     fi
     exec 9>&-

@@ -217,7 +217,7 @@ With
 .B \-\-on
 kvt runs on the phone of that serial number, or on the one on
 .BR usb ,
-by way of adb. It is for check, plan, run, record, doctor, deploy and pull.
+by way of adb. It is for check, plan, watch, run, record, doctor, deploy and pull.
 .SH VERBS
 )man";
 
@@ -287,7 +287,9 @@ kvt could not be run
 Of plan: 0 when every step and every undoing passed, 1 when not, 2 when the plan is wrong and nothing was run, 5 when
 kvt is not found, 128 and the signal's number when one ended it.
 .PP
-Of other verbs 0 is success, 2 a wrong command line.
+Of replay 1 when a run was not the same; of show and pcap 1 when the tape is damaged; of phone check 1 when the phone
+has something that it does not understand. Of all other verbs 0 is success. 2 is a wrong command line, or what can't be
+done as it says; 5 a file, a program or a phone that can't be used.
 .SH ENVIRONMENT
 .TP
 .B KVT_PROGRAM

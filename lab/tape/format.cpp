@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include <simdjson.h>
+#include <sys/stat.h>
 
 namespace lab::tape {
 
@@ -273,12 +274,9 @@ bool read_file(const std::string& path, std::string& bytes, std::string& error) 
     std::FILE* const file = std::fopen(path.c_str(), "rb");
     if (file == nullptr)
         return set(error, path + ": " + std::strerror(errno));
-    if (std::fseek(file, 0, SEEK_END) == 0) {
-        const long size = std::ftell(file);
-        std::rewind(file);
-        if (size > 0)
-            bytes.reserve(static_cast<size_t>(size) + LineParser::padding);
-    }
+    struct stat info {};
+    if (::fstat(::fileno(file), &info) == 0 && S_ISREG(info.st_mode))
+        bytes.reserve(static_cast<size_t>(info.st_size) + LineParser::padding);
     bytes.clear();
     char buffer[1 << 16];
     while (const size_t n = std::fread(buffer, 1, sizeof buffer, file))

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,6 +27,23 @@ namespace {
 int failed(const std::string& what) {
     std::fprintf(stderr, "kvt-lab: %s\n", what.c_str());
     return 5;
+}
+
+/* False, with a message, when nothing can be added to the tape, or it is something else. */
+bool can_add_to(const std::string& tape, std::string& error) {
+    const int fd = ::open(tape.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        error = tape + ": " + std::strerror(errno);
+        return false;
+    }
+    constexpr char start[] = "{\"run\":";
+    char found[sizeof start - 1];
+    const ssize_t n = ::pread(fd, found, sizeof found, 0);
+    ::close(fd);
+    if (n <= 0 || std::memcmp(found, start, static_cast<size_t>(n)) == 0)
+        return true;
+    error = tape + " is there already, and no tape";
+    return false;
 }
 
 /* kvt has our standard input and output: what it prints is its own. */
@@ -55,6 +73,8 @@ int record(const Common& common, const RecordOptions& options) {
         return failed(error);
     const std::string library = tape::find_library("libkvt_record.so", error);
     if (library.empty())
+        return failed(error);
+    if (!can_add_to(options.tape, error))
         return failed(error);
     const char* const preload = std::getenv("LD_PRELOAD");
     const std::string behind =

@@ -580,7 +580,7 @@ int redact(const Common&, const RedactOptions& options) {
         std::remove(aside.c_str());
         return 5;
     }
-    std::printf("replaced %zu values\n", found);
+    std::printf("replaced %zu value%s\n", found, found == 1 ? "" : "s");
     return 0;
 }
 

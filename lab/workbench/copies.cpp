@@ -113,6 +113,11 @@ int save(const Options& options) {
     std::error_code failed;
     if (fs::exists(target, failed) && !fs::is_empty(target, failed))
         return refuse(target.string() + " is there already");
+    if (const fs::path inside =
+            fs::weakly_canonical(fs::absolute(target), failed)
+                .lexically_relative(fs::weakly_canonical(fs::absolute(phone), failed));
+        !inside.empty() && *inside.begin() != "..")
+        return refuse(target.string() + " lies in the phone itself");
     const Lock lock(phone);
     if (!lock.held())
         return refuse(phone.string() + ": no phone, or another process holds it");

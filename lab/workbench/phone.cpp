@@ -44,7 +44,10 @@ int show_phone(const Options& options) {
                       "; kvt-lab phone new makes one");
     if (options.words.empty())
         std::printf("phone %s\n", phone_directory().c_str());
-    for (const std::string& line : current_values(options.words))
+    const std::vector<std::string> lines = current_values(options.words);
+    if (lines.empty() && !options.words.empty())
+        return refuse("no name like that has a value; kvt-lab phone set --list shows the names");
+    for (const std::string& line : lines)
         std::printf("%s\n", line.c_str());
     if (options.words.empty())
         if (const auto rules = setting_text(fault_file); rules && !rules->empty())

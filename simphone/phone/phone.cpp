@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 #include <pwd.h>
 
+#include "phone/complaint.h"
 #include "phone/fd.h"
 #include "phone/lock.h"
 
@@ -80,12 +82,16 @@ bool exists() {
 
 bool ensure_phone() {
     std::error_code error;
-    if (!exists() && !fs::create_directories(root(), error) && !exists())
+    if (!exists() && !fs::create_directories(root(), error) && !exists()) {
+        complain("", 0, "can't be made: " + error.message());
         return false;
+    }
     struct stat info {};
     if (::stat((root() / "nv").c_str(), &info) != 0) {
         const Lock lock;
-        if (lock.held() && ::stat((root() / "nv").c_str(), &info) != 0)
+        if (!lock.held())
+            complain("", 0, std::string("can't be set up: ") + std::strerror(errno));
+        else if (::stat((root() / "nv").c_str(), &info) != 0)
             seed();
     }
     return true;
