@@ -28,16 +28,16 @@ bool told_before(const std::string& text) {
 } // namespace
 
 void complain(const std::string& file, int line, const std::string& text) {
-    const std::string place = (file.empty() ? file : "/" + file) + ":" +
-                              (line > 0 ? std::to_string(line) + ":" : "") + " ";
+    const std::string place = file + ":" + (line > 0 ? std::to_string(line) + ":" : "") + " ";
     if (told_before(place + text))
         return;
     const int before = errno;
-    const std::string message = "simulated phone: " + root().string() + place + text + "\n";
+    const std::string message =
+        "simulated phone: " + root().string() + (file.empty() ? "" : "/") + place + text + "\n";
     /* One write: lines of several threads stay apart. Nobody to tell it to is no failure. */
     if (::write(STDERR_FILENO, message.data(), message.size()) < 0) {
     }
-    log_line("phone", (file.empty() ? place : place.substr(1)) + text);
+    log_line("phone", place + text);
     errno = before;
 }
 
